@@ -1,0 +1,46 @@
+# Settings every target shares, and the two functions that declare targets.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+
+add_library(tavek_settings INTERFACE)
+target_include_directories(tavek_settings INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(tavek_settings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+# Archives beyond 2 GiB, whatever the machine.
+target_compile_definitions(tavek_settings INTERFACE _FILE_OFFSET_BITS=64)
+
+if(TAVEK_SANITIZE)
+  target_compile_options(tavek_settings INTERFACE
+    -fsanitize=${TAVEK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(tavek_settings INTERFACE -fsanitize=${TAVEK_SANITIZE})
+endif()
+if(TAVEK_FUZZ)
+  target_compile_options(tavek_settings INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+if(TAVEK_COVERAGE)
+  target_compile_options(tavek_settings INTERFACE --coverage)
+  target_link_options(tavek_settings INTERFACE --coverage)
+endif()
+if(WIN32)
+  # One file, no DLLs of the compiler beside it.
+  target_link_options(tavek_settings INTERFACE -static)
+  target_compile_definitions(tavek_settings INTERFACE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0A00)
+elseif(CMAKE_BUILD_TYPE STREQUAL "Release")
+  target_link_options(tavek_settings INTERFACE -static-libstdc++ -static-libgcc)
+endif()
+
+# tavek_library(NAME SOURCES... [USES LIBRARY...]): one layer of the tree as a static library.
+function(tavek_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_link_libraries(${name} PUBLIC tavek_settings ${ARG_USES})
+endfunction()
+
+# tavek_test(NAME SOURCES... [USES LIBRARY...]): one GoogleTest program, registered with CTest.
+function(tavek_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_USES} tavek_testing GTest::gmock_main)
+  add_test(NAME ${name} COMMAND ${name})
+endfunction()

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstddef>
+
+#include "platform/base/object.h"
+#include "platform/base/status.h"
+
+/// The directory that holds the running program.
+zStatus zDirectory_Application(char* destination, std::size_t capacity);
+
+/// True when `path` names an existing directory.
+bool zDirectory_Exists(const char* path);
+
+/// Creates the directory `path` with its missing parents; one that exists already is a success.
+zStatus zDirectory_Create(const char* path);
+
+/// Appends to `list` (a string list) the names of the plain files in `directory`, and of links to such,
+/// sorted by byte value.
+zStatus zDirectory_ListFiles(const char* directory, zHandle list);
