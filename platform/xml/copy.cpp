@@ -38,8 +38,8 @@ class Copier {
     bool movesLines_ = false;
     std::string lineEnd_;
     Encoding encoding_;
-    std::string_view spaces_;  ///< What the lines of the source begin with, and are to begin with.
-    std::string_view newSpaces_;
+    std::string spaces_;  ///< What the lines of the source begin with, and are to begin with.
+    std::string newSpaces_;
 };
 
 void Copier::copy(const Item& source) {
@@ -145,8 +145,7 @@ zStatus copyItem(Document& document, Item& parent, Item* before, const Item& sou
     const Line line = lineOf(source);
     const Line newLine = newChildLine(document, parent, before);
     const bool moves = line.isOwn && newLine.isOwn;
-    const std::string newSpaces(newLine.spaces);
-    Copier copier(document, moves ? line.spaces : "", moves ? newSpaces : "");
+    Copier copier(document, moves ? line.spaces : "", moves ? newLine.spaces : "");
     copier.copy(source);
     if (!copier.fits()) {
         return failure::record(zStatus_BadArgument,
