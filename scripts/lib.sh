@@ -1,5 +1,5 @@
 # Shared by the scripts of this directory; to be sourced, not run.
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2034
 
 set -euo pipefail
 export LC_ALL=C.UTF-8

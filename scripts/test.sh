@@ -76,13 +76,18 @@ check_windows() {
 checks=(format layers scripts release asan clang tidy valgrind windows)
 
 main() {
-    local chosen=("$@") name failed=() passed=0
+    local chosen=("$@") name status failed=() passed=0
     [ ${#chosen[@]} -gt 0 ] || chosen=("${checks[@]}")
     need "${build_packages[@]}" git
     for name in "${chosen[@]}"; do
         declare -F "check_$name" >/dev/null || fail "no check is called $name (--list names them)"
         printf '\n== %s\n' "$name"
-        if (check_"$name"); then passed=$((passed + 1)); else failed+=("$name"); fi
+        # Not as a condition, which would let a check go on behind its first failing command.
+        set +e
+        (set -e && check_"$name")
+        status=$?
+        set -e
+        if [ "$status" -eq 0 ]; then passed=$((passed + 1)); else failed+=("$name"); fi
     done
     [ ${#failed[@]} -eq 0 ] || printf '\nFailed: %s\n' "${failed[*]}"
     printf '%d passed, %d failed\n' "$passed" "${#failed[@]}"
