@@ -67,13 +67,24 @@ check_valgrind() {
         ! sed -n '/Memory checking results:/,$p' build/debug/valgrind.log | grep -qE ' - [0-9]+$'
 }
 
+# Lines of the tool and the layer under it that the tests run; what is below the mark is listed.
+check_coverage() {
+    need "${test_packages[@]}" gcovr
+    build coverage
+    find build/coverage -name '*.gcda' -delete
+    run_tests coverage
+    gcovr --root . --object-directory build/coverage --filter 'platform/' --filter 'TaVekUtil/' \
+        --exclude-unreachable-branches --fail-under-line 95 --print-summary --txt build/coverage/lines.txt
+    grep -E '^(platform|TaVekUtil)/' build/coverage/lines.txt | awk '$4 != "100%"'
+}
+
 check_windows() {
     need "${test_packages[@]}" g++-mingw-w64-x86-64-posix wine64
     build windows
     run_tests windows
 }
 
-checks=(format layers scripts release asan clang tidy valgrind windows)
+checks=(format layers scripts release asan clang tidy valgrind coverage windows)
 
 main() {
     local chosen=("$@") name status failed=() passed=0
