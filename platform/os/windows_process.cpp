@@ -49,7 +49,6 @@ std::vector<std::string> commandLine(int count, char** words) {
 
 void silenceAbnormalEnd() {
     ::SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
-    ::_set_abort_behavior(0, _WRITE_ABORT_MSG | _CALL_REPORTFAULT);
     std::set_terminate(endQuietly);
 }
 
