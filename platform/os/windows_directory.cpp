@@ -1,4 +1,4 @@
-// Directories and the removal of files on Windows.
+// Directories on Windows.
 
 #include "platform/os/os.h"
 #include "platform/os/windows_api.h"
@@ -85,17 +85,6 @@ std::error_code listFiles(const std::string& directory, std::vector<std::string>
     if (::GetLastError() != ERROR_NO_MORE_FILES) return lastError();
     names.insert(names.end(), found.begin(), found.end());
     return {};
-}
-
-std::error_code removeFile(const std::string& path) {
-    const std::wstring name = nativePath(path);
-    if (::DeleteFileW(name.c_str())) return {};
-    const DWORD error = ::GetLastError();
-    const DWORD attributes = ::GetFileAttributesW(name.c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES) return errorOf(error);
-    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return errorOf(windows::directoryNotSupported);
-    const bool readOnly = error == ERROR_ACCESS_DENIED && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
-    return errorOf(readOnly ? ERROR_FILE_READ_ONLY : error);
 }
 
 std::error_code applicationDirectory(std::string& directory) {

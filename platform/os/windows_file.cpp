@@ -1,4 +1,4 @@
-// What paths name, and reading, on Windows.
+// What paths name, reading and removing on Windows.
 
 #include <algorithm>
 #include <array>
@@ -207,6 +207,17 @@ bool InputFile::isSameFileAs(const std::string& path) const {
     Identity there;
     return other.valid() && identify(state->file.get(), here) && identify(other.get(), there) &&
            here == there;
+}
+
+std::error_code removeFile(const std::string& path) {
+    const std::wstring name = nativePath(path);
+    if (::DeleteFileW(name.c_str())) return {};
+    const DWORD error = ::GetLastError();
+    const DWORD attributes = ::GetFileAttributesW(name.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) return errorOf(error);
+    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return errorOf(windows::directoryNotSupported);
+    const bool readOnly = error == ERROR_ACCESS_DENIED && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+    return errorOf(readOnly ? ERROR_FILE_READ_ONLY : error);
 }
 
 }  // namespace os
