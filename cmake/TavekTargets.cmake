@@ -32,7 +32,7 @@ if(WIN32)
   target_link_options(tavek_settings INTERFACE -static)
   target_compile_definitions(tavek_settings INTERFACE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0A00)
 elseif(CMAKE_BUILD_TYPE STREQUAL "Release")
-  target_link_options(tavek_settings INTERFACE -static-libstdc++ -static-libgcc)
+  target_link_options(tavek_settings INTERFACE -static-libstdc++ -static-libgcc -s)
 endif()
 
 # tavek_library(NAME SOURCES... [USES LIBRARY...]): one layer of the tree as a static library.
