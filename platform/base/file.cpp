@@ -53,15 +53,31 @@ std::error_code readAll(os::InputFile& file, Block& block, std::size_t& used) {
     }
 }
 
-std::error_code copyContent(os::InputFile& from, os::OutputFile& to) {
-    std::vector<char> buffer(chunkSize);
-    for (;;) {
-        std::size_t count = 0;
-        if (std::error_code error = from.readNext(buffer.data(), buffer.size(), count)) return error;
-        if (count == 0) return {};
-        if (std::error_code error = to.write(buffer.data(), count)) return error;
+/// The two ends of a copy and what they are called.
+struct Copying {
+    const char* source;
+    const char* destination;
+    os::InputFile from;
+    os::OutputFile to;
+
+    zStatus run() {
+        if (std::error_code error = from.open(source)) return failure::record(error, source);
+        if (std::error_code error = to.openLike(destination, source)) return failed(error);
+        std::vector<char> buffer(chunkSize);
+        for (;;) {
+            std::size_t count = 0;
+            if (std::error_code error = from.readNext(buffer.data(), buffer.size(), count)) {
+                return failure::record(error, source);
+            }
+            if (count == 0) break;
+            if (std::error_code error = to.write(buffer.data(), count)) return failed(error);
+        }
+        const std::error_code error = to.commit();
+        return error ? failed(error) : zStatus_Success;
     }
-}
+
+    zStatus failed(std::error_code error) const { return failure::record(error, destination); }
+};
 
 }  // namespace
 
@@ -84,16 +100,7 @@ zStatus zFile_Load(const char* path, void** data, std::size_t* size, const zAllo
 }
 
 zStatus zFile_Copy(const char* source, const char* destination) {
-    return failure::guarded([&] {
-        os::InputFile from;
-        if (std::error_code error = from.open(source)) return failure::record(error, source);
-        os::OutputFile to;
-        if (std::error_code error = to.openLike(destination, source))
-            return failure::record(error, destination);
-        if (std::error_code error = copyContent(from, to)) return failure::record(error, destination);
-        if (std::error_code error = to.commit()) return failure::record(error, destination);
-        return zStatus_Success;
-    });
+    return failure::guarded([&] { return Copying{source, destination, {}, {}}.run(); });
 }
 
 zStatus zFile_Delete(const char* path) {

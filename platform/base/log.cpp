@@ -47,5 +47,7 @@ zStatus zApiLib_RemoveLogHandler(zLogHandler handler, void* receiver) {
 void zLog_Write(std::string_view message) {
     const std::string text(message);
     const zLogEntry entry{text.c_str()};
-    for (const auto& [handler, receiver] : registrations()) static_cast<void>(handler(receiver, &entry));
+    // A handler may register and take back handlers, itself too.
+    const std::vector<Registration> handlers = registrations();
+    for (const auto& [handler, receiver] : handlers) static_cast<void>(handler(receiver, &entry));
 }

@@ -1,7 +1,9 @@
 #include "platform/base/object.h"
 
+#include <algorithm>
 #include <string>
 #include <unordered_set>
+#include <vector>
 
 #include "platform/base/failure.h"
 #include "platform/base/log.h"
@@ -46,5 +48,9 @@ zStatus zObject_Destroy(zHandle handle) {
 }
 
 void zObject_ReportLeaks() {
-    for (const zObject* object : living()) zLog_Write(std::string("leaked object: ") + object->kind());
+    // Sorted, so that equal runs give equal logs; and a handler may destroy objects.
+    std::vector<std::string> entries;
+    for (const zObject* object : living()) entries.push_back(std::string("leaked object: ") + object->kind());
+    std::sort(entries.begin(), entries.end());
+    for (const std::string& entry : entries) zLog_Write(entry);
 }

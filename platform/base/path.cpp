@@ -1,5 +1,6 @@
 #include "platform/base/path.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -38,10 +39,11 @@ std::string_view fileNameOf(std::string_view path) {
     return path.substr(path.find_last_of(separators) + 1);
 }
 
-/// Where the extension's dot stands in the file name; npos when there is none. A leading dot hides a file.
+/// Where the extension's dot stands in the file name; npos when there is none. A leading dot hides a file,
+/// and two alone name the parent directory.
 std::size_t extensionDot(std::string_view fileName) {
     const std::size_t dot = fileName.rfind('.');
-    return dot == 0 ? std::string_view::npos : dot;
+    return dot == 0 || fileName == ".." ? std::string_view::npos : dot;
 }
 
 }  // namespace

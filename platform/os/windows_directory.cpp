@@ -41,6 +41,15 @@ bool isPlainFile(const std::string& directory, const WIN32_FIND_DATAW& entry, co
     return !fileType(directory + '\\' + name, type) && type == FileType::regular;
 }
 
+/// What the `error` that a search of `directory` ended with at once means.
+std::error_code whyNotSearched(const std::string& directory, DWORD error) {
+    // What an empty drive answers, which has not even the entry ".".
+    if (error == ERROR_FILE_NOT_FOUND) return {};
+    FileType type{};
+    if (!fileType(directory, type) && type == FileType::regular) return errorOf(ERROR_DIRECTORY);
+    return errorOf(error);
+}
+
 /// The directory that `path` lies in, "" when it names a root or is relative to the working directory.
 std::string parentOf(const std::string& path) {
     const std::size_t root = rootLength(path);
@@ -73,10 +82,7 @@ std::error_code listFiles(const std::string& directory, std::vector<std::string>
     // Without this the empty text would mean the root of the drive.
     if (directory.empty()) return errorOf(ERROR_PATH_NOT_FOUND);
     Search search(nativePath(directory + R"(\*)"));
-    if (!search.started()) {
-        // What an empty drive answers, which has not even the entry ".".
-        return ::GetLastError() == ERROR_FILE_NOT_FOUND ? std::error_code{} : lastError();
-    }
+    if (!search.started()) return whyNotSearched(directory, ::GetLastError());
     std::vector<std::string> found;
     do {
         std::string name = windows::narrow(search.entry().cFileName);

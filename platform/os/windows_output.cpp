@@ -167,6 +167,36 @@ bool renameOpenFile(HANDLE file, const std::wstring& target) {
     return ::SetFileInformationByHandle(file, renameInfoEx, info, static_cast<DWORD>(block.size())) != 0;
 }
 
+bool moveFile(const std::wstring& from, const std::wstring& to) {
+    return ::MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+}
+
+/// True when `target` is a file whose users, if there are any, all allow its removal, as our own readers do.
+bool mayBeMovedAside(const std::wstring& target) {
+    const Handle probe = windows::openExisting(target, DELETE);
+    BY_HANDLE_FILE_INFORMATION info{};
+    return probe.valid() && ::GetFileInformationByHandle(probe.get(), &info) &&
+           (info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
+/// Moves the closed file `temporary` over `target`, on systems and file systems that cannot rename an open
+/// file. There a file that is open for reading cannot be moved over, but it can be moved aside: then, for a
+/// moment, the target's name is nobody's.
+bool moveClosedFile(const std::wstring& temporary, const std::wstring& target) {
+    if (moveFile(temporary, target)) return true;
+    const DWORD error = ::GetLastError();
+    const std::wstring aside = temporary + L".old";
+    if (mayBeMovedAside(target) && moveFile(target, aside)) {
+        if (moveFile(temporary, target)) {
+            ::DeleteFileW(aside.c_str());
+            return true;
+        }
+        moveFile(aside, target);
+    }
+    ::SetLastError(error);
+    return false;
+}
+
 /// Why `target` could not be replaced: the rename itself tells no more than that access is denied.
 std::error_code reasonAgainst(const std::wstring& target, DWORD error) {
     if (error != ERROR_ACCESS_DENIED) return errorOf(error);
@@ -248,8 +278,7 @@ std::error_code OutputFile::commit() {
         return {};
     }
     finished->file.reset();
-    if (!::MoveFileExW(finished->temporary.c_str(), finished->target.c_str(),
-                       MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+    if (!moveClosedFile(finished->temporary, finished->target)) {
         return reasonAgainst(finished->target, ::GetLastError());
     }
     finished->temporary.clear();

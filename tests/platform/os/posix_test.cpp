@@ -1,0 +1,243 @@
+// What POSIX systems alone know: permission bits, links, pipes, devices, signals.
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <thread>
+
+#include "platform/os/os.h"
+#include "tests/testing/scratch_directory.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using os::FileType;
+using os::InputFile;
+using os::OutputFile;
+using testing::ElementsAre;
+using testing::ScratchDirectory;
+
+std::error_code save(const std::string& target, std::string_view content) {
+    OutputFile file;
+    std::error_code error = file.open(target);
+    if (!error) error = file.write(content.data(), content.size());
+    if (!error) error = file.commit();
+    return error;
+}
+
+FileType typeOf(const std::string& path) {
+    FileType type{};
+    EXPECT_FALSE(os::fileType(path, type));
+    return type;
+}
+
+unsigned modeOf(const std::string& path) {
+    struct stat status {};
+    EXPECT_EQ(::stat(path.c_str(), &status), 0);
+    return status.st_mode & 07777;
+}
+
+/// Sets the umask while it lives.
+class Umask {
+  public:
+    explicit Umask(mode_t mask) : before_(::umask(mask)) {}
+    ~Umask() { ::umask(before_); }
+    Umask(const Umask&) = delete;
+    Umask& operator=(const Umask&) = delete;
+
+  private:
+    mode_t before_;
+};
+
+TEST(Permissions, ofAReplacedFileAreKept) {
+    const ScratchDirectory scratch;
+    const std::string path = scratch.write("a.txt", "old");
+    for (const unsigned mode : {0644u, 0600u, 0751u, 0444u, 0666u, 02755u}) {
+        ASSERT_EQ(::chmod(path.c_str(), mode), 0);
+        const Umask umask(077);
+        ASSERT_FALSE(save(path, "new"));
+        EXPECT_EQ(modeOf(path), mode);
+    }
+}
+
+TEST(Permissions, ofANewFileAreThoseOfAnyNewFile) {
+    const ScratchDirectory scratch;
+    const Umask umask(027);
+    ASSERT_FALSE(save(scratch.path("a.txt"), "new"));
+    EXPECT_EQ(modeOf(scratch.path("a.txt")), 0640u);
+}
+
+TEST(Permissions, ofANewFileFollowItsModel) {
+    const ScratchDirectory scratch;
+    const std::string model = scratch.write("model", "");
+    ASSERT_EQ(::chmod(model.c_str(), 04775), 0);
+    const Umask umask(022);
+    OutputFile file;
+    ASSERT_FALSE(file.openLike(scratch.path("new"), model));
+    ASSERT_FALSE(file.commit());
+    EXPECT_EQ(modeOf(scratch.path("new")), 0755u) << "less the umask, never set-user-id";
+
+    ASSERT_EQ(::chmod(scratch.write("old", "").c_str(), 0604), 0);
+    ASSERT_FALSE(file.openLike(scratch.path("old"), model));
+    ASSERT_FALSE(file.commit());
+    EXPECT_EQ(modeOf(scratch.path("old")), 0604u) << "a replaced file's own win";
+}
+
+TEST(Permissions, ofAnUnfinishedReplacementAreTight) {
+    const ScratchDirectory scratch;
+    ASSERT_EQ(::chmod(scratch.write("a.txt", "secret").c_str(), 0600), 0);
+    OutputFile file;
+    ASSERT_FALSE(file.open(scratch.path("a.txt")));
+    for (const std::string& name : scratch.entries()) EXPECT_EQ(modeOf(scratch.path(name)), 0600u);
+}
+
+TEST(Link, isFollowedAndNotReplaced) {
+    const ScratchDirectory scratch;
+    scratch.write("directory/a.txt", "old");
+    fs::create_symlink("directory/a.txt", scratch.path("relative"));
+    fs::create_symlink(scratch.path("relative"), scratch.path("absolute"));
+    ASSERT_FALSE(save(scratch.path("absolute"), "new"));
+    EXPECT_EQ(scratch.read("directory/a.txt"), "new");
+    EXPECT_TRUE(fs::is_symlink(scratch.path("absolute")));
+    EXPECT_TRUE(fs::is_symlink(scratch.path("relative")));
+    EXPECT_THAT(scratch.entries(), ElementsAre("absolute", "directory", "relative"));
+}
+
+TEST(Link, thatDanglesIsFollowedToItsPlace) {
+    const ScratchDirectory scratch;
+    fs::create_directory(scratch.path("directory"));
+    fs::create_symlink("directory/a.txt", scratch.path("first"));
+    fs::create_symlink("first", scratch.path("second"));
+    EXPECT_EQ(typeOf(scratch.path("second")), FileType::absent);
+    ASSERT_FALSE(save(scratch.path("second"), "new"));
+    EXPECT_EQ(scratch.read("directory/a.txt"), "new");
+    EXPECT_TRUE(fs::is_symlink(scratch.path("first")));
+    EXPECT_TRUE(fs::is_symlink(scratch.path("second")));
+}
+
+TEST(Link, inACircleIsRefused) {
+    const ScratchDirectory scratch;
+    fs::create_symlink("b", scratch.path("a"));
+    fs::create_symlink("a", scratch.path("b"));
+    const std::error_code error = save(scratch.path("a"), "x");
+    EXPECT_EQ(error, std::errc::too_many_symbolic_link_levels);
+    FileType type{};
+    EXPECT_EQ(os::fileType(scratch.path("a"), type), std::errc::too_many_symbolic_link_levels);
+    InputFile file;
+    EXPECT_EQ(file.open(scratch.path("a")), std::errc::too_many_symbolic_link_levels);
+}
+
+TEST(Link, toADirectoryIsADirectory) {
+    const ScratchDirectory scratch;
+    fs::create_directory(scratch.path("directory"));
+    fs::create_symlink("directory", scratch.path("link"));
+    EXPECT_EQ(typeOf(scratch.path("link")), FileType::directory);
+    EXPECT_EQ(save(scratch.path("link"), "x"), std::errc::is_a_directory);
+    EXPECT_FALSE(os::createDirectories(scratch.path("link")));
+    EXPECT_FALSE(os::createDirectories(scratch.path("link/below")));
+}
+
+TEST(Link, isListedWhenItLeadsToAPlainFile) {
+    const ScratchDirectory scratch;
+    scratch.write("directory/a.txt", "");
+    fs::create_symlink("directory/a.txt", scratch.path("to-file"));
+    fs::create_symlink("directory", scratch.path("to-directory"));
+    fs::create_symlink("nowhere", scratch.path("dangling"));
+    ASSERT_EQ(::mkfifo(scratch.path("pipe").c_str(), 0600), 0);
+    std::vector<std::string> names;
+    ASSERT_FALSE(os::listFiles(scratch.path(), names));
+    EXPECT_THAT(names, ElementsAre("to-file"));
+}
+
+TEST(Link, isRemovedItselfAndNotItsTarget) {
+    const ScratchDirectory scratch;
+    scratch.write("a.txt", "content");
+    fs::create_symlink("a.txt", scratch.path("link"));
+    ASSERT_FALSE(os::removeFile(scratch.path("link")));
+    EXPECT_THAT(scratch.entries(), ElementsAre("a.txt"));
+}
+
+TEST(Link, toTheSameFileIsTheSameFile) {
+    const ScratchDirectory scratch;
+    fs::create_symlink("a.txt", scratch.path("link"));
+    InputFile file;
+    ASSERT_FALSE(file.open(scratch.write("a.txt", "")));
+    EXPECT_TRUE(file.isSameFileAs(scratch.path("link")));
+}
+
+TEST(Device, isWrittenDirectly) {
+    EXPECT_EQ(typeOf("/dev/null"), FileType::other);
+    EXPECT_FALSE(save("/dev/null", "content"));
+    EXPECT_EQ(typeOf("/dev/null"), FileType::other) << "it is still there";
+}
+
+TEST(Device, thatIsFullTellsSo) {
+    const std::error_code error = save("/dev/full", "content");
+    EXPECT_EQ(error, std::errc::no_space_on_device);
+    EXPECT_EQ(error.message(), "No space left on device");
+}
+
+TEST(Device, hasNoSizeAndIsReadFromFrontToBack) {
+    InputFile file;
+    ASSERT_FALSE(file.open("/dev/zero"));
+    EXPECT_FALSE(file.isRegular());
+    EXPECT_EQ(file.size(), 0u);
+    char bytes[4] = {1, 1, 1, 1};
+    std::size_t count = 0;
+    ASSERT_FALSE(file.readNext(bytes, sizeof bytes, count));
+    EXPECT_EQ(count, sizeof bytes);
+    EXPECT_EQ(bytes[3], 0);
+}
+
+TEST(Pipe, isWrittenAndReadDirectly) {
+    const ScratchDirectory scratch;
+    const std::string path = scratch.path("pipe");
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    std::error_code writing;
+    std::thread writer([&] { writing = save(path, "through a pipe"); });
+    InputFile file;
+    EXPECT_FALSE(file.open(path));
+    std::string content;
+    for (;;) {
+        char bytes[5];
+        std::size_t count = 0;
+        EXPECT_FALSE(file.readNext(bytes, sizeof bytes, count));
+        if (count == 0) break;
+        content.append(bytes, count);
+    }
+    writer.join();
+    EXPECT_FALSE(writing) << writing.message();
+    EXPECT_EQ(content, "through a pipe");
+    EXPECT_EQ(typeOf(path), FileType::other);
+}
+
+TEST(ThroughAFile, nothingIsFound) {
+    const ScratchDirectory scratch;
+    const std::string below = scratch.write("a.txt", "") + "/b.txt";
+    InputFile file;
+    EXPECT_EQ(file.open(below), std::errc::not_a_directory);
+    EXPECT_EQ(save(below, "x"), std::errc::not_a_directory);
+    EXPECT_EQ(os::removeFile(below), std::errc::not_a_directory);
+}
+
+TEST(UnpackTarEndedBySignal, answers128AndTheSignal) {
+    const ScratchDirectory scratch;
+    const std::string program = scratch.write("tar.exe", "#!/bin/sh\nkill -9 $$\n");
+    ASSERT_EQ(::chmod(program.c_str(), 0755), 0);
+    EXPECT_EQ(os::unpackTar(scratch.path(), "d", "a.tar"), 128 + 9);
+}
+
+TEST(UnpackTarOnPosix, turnsSeparatorsAndRunsWhatMayBeRun) {
+    const ScratchDirectory scratch;
+    const std::string program =
+        scratch.write("bin/tar.exe", "#!/bin/sh\nprintf '%s\\n' \"$@\" > \"${0%/*}/words\"\n");
+    EXPECT_EQ(os::unpackTar(scratch.path("bin"), "d", "a.tar"), 127) << "not executable yet";
+    ASSERT_EQ(::chmod(program.c_str(), 0755), 0);
+    EXPECT_EQ(os::unpackTar(scratch.path() + "\\bin", "some\\d", "a\\b.tar"), 0);
+    EXPECT_EQ(scratch.read("bin/words"), "--force-local\n-C\nsome/d\n-xvf\na/b.tar\n");
+}
+
+}  // namespace
