@@ -5,6 +5,7 @@
 #include "platform/base/failure.h"
 #include "platform/xml/characters.h"
 #include "platform/xml/editing.h"
+#include "platform/xml/joined.h"
 #include "platform/xml/layout.h"
 #include "platform/xml/serialiser.h"
 #include "platform/xml/values.h"
@@ -149,8 +150,8 @@ zStatus copyItem(Document& document, Item& parent, Item* before, const Item& sou
     copier.copy(source);
     if (!copier.fits()) {
         return failure::record(zStatus_BadArgument,
-                               std::string("the copy holds a name or a comment that cannot be written in ") +
-                                   encodingName(document.encoding()));
+                               joined({"the copy holds a name or a comment that cannot be written in ",
+                                       encodingName(document.encoding())}));
     }
     *copy = insertElement(document, parent, before, copier.result());
     return zStatus_Success;

@@ -6,6 +6,7 @@
 #include <new>
 #include <utility>
 
+#include "platform/xml/joined.h"
 #include "platform/xml/parser.h"
 #include "platform/xml/prolog.h"
 
@@ -21,10 +22,6 @@ Block blockOf(std::string_view text, const zAllocator* allocator) {
     std::copy(text.begin(), text.end(), block.get());
     block.get()[text.size()] = '\0';
     return block;
-}
-
-std::string_view between(const char* begin, const char* end) {
-    return {begin, static_cast<std::size_t>(end - begin)};
 }
 
 const char* endOf(std::string_view text) {
@@ -52,7 +49,7 @@ void Document::read(Block bytes, std::size_t size) {
     text_ = std::move(bytes);
     size_ = size;
     const Mark mark = readMark({text_.get(), size_});
-    if (mark.fault != nullptr) throw Fault{zStatus_Unsupported, std::string("1:1: ") + mark.fault};
+    if (mark.fault != nullptr) throw Fault{zStatus_Unsupported, joined({"1:1: ", mark.fault})};
     encoding_ = mark.encoding;
 
     const std::size_t body = readEncoding(mark);
@@ -84,13 +81,13 @@ std::size_t Document::readEncoding(Mark mark) {
         const char* place = declaration.encoding.data();
         const std::string name(declaration.encoding);
         if (!named.has_value())
-            reader.fail(place, "the encoding \"" + name + "\" is not supported", zStatus_Unsupported);
+            reader.fail(place, joined({"the encoding \"", name, "\" is not supported"}), zStatus_Unsupported);
         if (mark.hasByteOrderMark && *named != encoding_)
-            reader.fail(place,
-                        "the declaration says " + name + ", the byte order mark " + encodingName(encoding_));
+            reader.fail(place, joined({"the declaration says ", name, ", the byte order mark ",
+                                       encodingName(encoding_)}));
         if (*named == Encoding::utf16LittleEndian || *named == Encoding::utf16BigEndian) {
             if (!mark.hasByteOrderMark)
-                reader.fail(place, "the declaration says " + name + ", which the document is not");
+                reader.fail(place, joined({"the declaration says ", name, ", which the document is not"}));
         } else if (*named != Encoding::utf8) {
             encoding_ = *named;
             decodeText();

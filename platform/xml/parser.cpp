@@ -1,14 +1,11 @@
 #include "platform/xml/parser.h"
 
+#include "platform/xml/joined.h"
 #include "platform/xml/prolog.h"
 #include "platform/xml/scan.h"
 
 namespace xml {
 namespace {
-
-std::string quoted(std::string_view text) {
-    return '"' + std::string(text) + '"';
-}
 
 /// nameEnd for names that are mostly ASCII.
 const char* quickNameEnd(const char* at) {
@@ -16,10 +13,6 @@ const char* quickNameEnd(const char* at) {
     const char* end = at + 1;
     while (isClass(*end, nameCharacter)) ++end;
     return isAscii(*end) ? end : nameEnd(at);
-}
-
-std::string_view between(const char* begin, const char* end) {
-    return {begin, static_cast<std::size_t>(end - begin)};
 }
 
 }  // namespace
@@ -71,15 +64,15 @@ void Parser::epilog() {
 }
 
 void Parser::failMarkup(std::string_view where) {
-    const std::string place(where);
-    if (*at_ != '<') reader_.fail(at_, "text must not stand " + place);
+    if (*at_ != '<') reader_.fail(at_, joined({"text must not stand ", where}));
     if (reader_.startsWith(at_, "<!DOCTYPE"))
         reader_.fail(at_, "a document type must stand before the root element, once");
-    if (reader_.startsWith(at_, "<![CDATA[")) reader_.fail(at_, "a CDATA section must not stand " + place);
-    if (at_[1] == '!') reader_.fail(at_, "\"<!\" begins nothing that may stand " + place);
-    if (at_[1] == '/') reader_.fail(at_, "an end tag must not stand " + place);
+    if (reader_.startsWith(at_, "<![CDATA["))
+        reader_.fail(at_, joined({"a CDATA section must not stand ", where}));
+    if (at_[1] == '!') reader_.fail(at_, joined({"\"<!\" begins nothing that may stand ", where}));
+    if (at_[1] == '/') reader_.fail(at_, joined({"an end tag must not stand ", where}));
     const char* end = reader_.name(at_ + 1, "\"<\"");
-    reader_.fail(at_, "<" + std::string(between(at_ + 1, end)) + "> must not stand " + place);
+    reader_.fail(at_, joined({"<", between(at_ + 1, end), "> must not stand ", where}));
 }
 
 void Parser::element() {
@@ -110,8 +103,8 @@ void Parser::content() {
 }
 
 void Parser::failOpen() {
-    reader_.fail(at_, "the document ends inside <" + std::string(open_->name()) + ">, opened at " +
-                          position(reader_.begin(), open_->text));
+    reader_.fail(at_, joined({"the document ends inside <", open_->name(), ">, opened at ",
+                              position(reader_.begin(), open_->text)}));
 }
 
 void Parser::markup() {
@@ -159,8 +152,10 @@ void Parser::attributes() {
             if (reader_.isEnd(at_)) reader_.fail(at_, "the document ends inside a start tag");
             reader_.fail(at_, "an attribute, \">\" or \"/>\" must stand here");
         }
-        if (at_ == start) reader_.fail(at_, "white space must stand before the attribute " + quoted(name));
-        if (!attributeNames_.add(name)) reader_.fail(at_, "the attribute " + quoted(name) + " appears twice");
+        if (at_ == start)
+            reader_.fail(at_, joined({"white space must stand before the attribute \"", name, "\""}));
+        if (!attributeNames_.add(name))
+            reader_.fail(at_, joined({"the attribute \"", name, "\" appears twice"}));
         at_ = end;
         attributeValue(name);
     }
@@ -168,11 +163,11 @@ void Parser::attributes() {
 
 void Parser::attributeValue(std::string_view name) {
     at_ = skipSpace(at_);
-    if (*at_ != '=') reader_.fail(at_, "\"=\" must follow the attribute " + quoted(name));
+    if (*at_ != '=') reader_.fail(at_, joined({"\"=\" must follow the attribute \"", name, "\""}));
     at_ = skipSpace(at_ + 1);
     const char quote = *at_;
     if (quote != '"' && quote != '\'')
-        reader_.fail(at_, "the value of the attribute " + quoted(name) + " must stand in quotes");
+        reader_.fail(at_, joined({"the value of the attribute \"", name, "\" must stand in quotes"}));
     const char* start = at_++;
     for (;;) {
         at_ = skipValue(at_, reader_.end());
@@ -180,9 +175,9 @@ void Parser::attributeValue(std::string_view name) {
         if (*at_ == '&') {
             at_ = reader_.reference(at_);
         } else if (*at_ == '<') {
-            reader_.fail(at_, "\"<\" must not stand in the value of the attribute " + quoted(name));
+            reader_.fail(at_, joined({"\"<\" must not stand in the value of the attribute \"", name, "\""}));
         } else if (reader_.isEnd(at_)) {
-            reader_.fail(start, "the value of the attribute " + quoted(name) + " has no closing quote");
+            reader_.fail(start, joined({"the value of the attribute \"", name, "\" has no closing quote"}));
         } else {
             at_ = reader_.character(at_);
         }
@@ -198,10 +193,9 @@ void Parser::endTag() {
     const bool isSame = *end == '>' && (*opened == '>' || isSpace(*opened));
     if (!isSame) {
         const char* nameBehind = reader_.name(at_ + 2, "\"</\"");
-        const std::string name(at_ + 2, nameBehind);
-        if (name != open_->name())
-            reader_.fail(at_, "</" + name + "> closes <" + std::string(open_->name()) + ">");
-        reader_.fail(skipSpace(nameBehind), "\">\" must end the end tag </" + name);
+        const std::string_view name = between(at_ + 2, nameBehind);
+        if (name != open_->name()) reader_.fail(at_, joined({"</", name, "> closes <", open_->name(), ">"}));
+        reader_.fail(skipSpace(nameBehind), joined({"\">\" must end the end tag </", name}));
     }
     at_ = end + 1;
     open_->size = static_cast<std::uint32_t>(at_ - open_->text);
