@@ -14,6 +14,8 @@ namespace xml {
 namespace {
 
 constexpr std::string_view freshText = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+/// Sizes and numbers of children are kept in few bits: an element has at least four bytes.
+constexpr std::size_t maxDocumentSize = std::size_t{1} << 31;
 constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
 
 Block blockOf(std::string_view text, const zAllocator* allocator) {
@@ -53,8 +55,8 @@ void Document::read(Block bytes, std::size_t size) {
     encoding_ = mark.encoding;
 
     const std::size_t body = readEncoding(mark);
-    if (size_ >= std::numeric_limits<std::uint32_t>::max())
-        throw Fault{zStatus_Unsupported, "1:1: documents of 4 GiB and more are not supported"};
+    if (size_ >= maxDocumentSize)
+        throw Fault{zStatus_Unsupported, "1:1: documents of 2 GiB and more are not supported"};
     top_.text = endOf(mark_);
     top_.size = static_cast<std::uint32_t>(size_ - mark_.size());
     Parser({top_.text, top_.size}, items_).document(top_.text + body, &top_);
@@ -114,7 +116,7 @@ const char* Document::internedName(std::string_view name) {
 }
 
 std::string_view Document::keep(std::string_view text, std::size_t capacity) {
-    if (text.size() >= std::numeric_limits<std::uint32_t>::max()) throw std::bad_alloc();
+    if (text.size() >= maxDocumentSize) throw std::bad_alloc();
     const std::size_t size = std::max(text.size(), capacity) + 1;
     auto* copy = static_cast<char*>(arena_.allocate(size, 1));
     std::copy(text.begin(), text.end(), copy);

@@ -171,7 +171,7 @@ zStatus setItemText(Document& document, Item& item, const char* text) {
     front = whole;
 
     if (!replacer.keepsBlanks()) item.edit->closingIndent = {};
-    item.edit->mixed = replacer.keepsBlanks() ? Edit::Mixed::no : Edit::Mixed::yes;
+    item.hasText = !replacer.keepsBlanks();
     Document::touch(item);
     return zStatus_Success;
 }
