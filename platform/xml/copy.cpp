@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <string>
-#include <vector>
 
 #include "platform/base/failure.h"
 #include "platform/xml/characters.h"
 #include "platform/xml/editing.h"
+#include "platform/xml/joined.h"
 #include "platform/xml/layout.h"
 #include "platform/xml/serialiser.h"
 #include "platform/xml/values.h"
@@ -26,7 +26,7 @@ class Copier {
   private:
     void enter(const Item& item);
     void leave(const Item& item);
-    void addGap(std::string_view text);
+    void addGap(std::string_view text, bool isLayout);
     void addTag(const Stretches& tag);
     template <typename Replace>
     void add(std::string_view text, Replace replace);
@@ -34,7 +34,6 @@ class Copier {
 
     std::string result_;
     bool fits_ = true;
-    std::vector<bool> mixed_;  ///< Of each element that is open: white space in it is more than layout.
     bool movesLines_ = false;
     std::string lineEnd_;
     Encoding encoding_;
@@ -48,8 +47,8 @@ void Copier::copy(const Item& source) {
     const Item* item = source.firstChild;
     for (;;) {
         if (item != nullptr) {
-            eachOfLead(*item, [&](std::string_view text) { addGap(text); });
-            if (item->edit != nullptr) addGap(item->edit->indent);
+            eachOfLead(*item, [&](std::string_view text) { addGap(text, !parent->hasText); });
+            if (item->edit != nullptr) addGap(item->edit->indent, true);
             enter(*item);
             parent = item;
             item = item->firstChild;
@@ -66,16 +65,14 @@ void Copier::enter(const Item& item) {
     Stretches tag;
     addStart(tag, item);
     addTag(tag);
-    mixed_.push_back(isMixed(item));
 }
 
 void Copier::leave(const Item& item) {
-    eachOfTail(item, [&](std::string_view text) { addGap(text); });
-    if (item.edit != nullptr) addGap(item.edit->closingIndent);
+    eachOfTail(item, [&](std::string_view text) { addGap(text, !item.hasText); });
+    if (item.edit != nullptr) addGap(item.edit->closingIndent, true);
     Stretches tag;
     addEndTag(tag, item);
     addTag(tag);
-    mixed_.pop_back();
 }
 
 /// Appends `text` with the target's line ends; `replace` is called for what its encoding cannot hold.
@@ -105,10 +102,10 @@ void Copier::addLineEnd(std::string_view& rest) {
     result_ += newSpaces_;
 }
 
-void Copier::addGap(std::string_view text) {
+void Copier::addGap(std::string_view text, bool isLayout) {
     while (!text.empty()) {
         const Token token = nextToken(text);
-        movesLines_ = token.kind == TokenKind::text && !mixed_.back();
+        movesLines_ = token.kind == TokenKind::text && isLayout;
         add(token.text, [&](char32_t character) {
             fits_ = fits_ && token.kind != TokenKind::markup;
             if (token.kind == TokenKind::cdata) result_ += "]]>";
@@ -149,8 +146,8 @@ zStatus copyItem(Document& document, Item& parent, Item* before, const Item& sou
     copier.copy(source);
     if (!copier.fits()) {
         return failure::record(zStatus_BadArgument,
-                               std::string("the copy holds a name or a comment that cannot be written in ") +
-                                   encodingName(document.encoding()));
+                               joined({"the copy holds a name or a comment that cannot be written in ",
+                                       encodingName(document.encoding())}));
     }
     *copy = insertElement(document, parent, before, copier.result());
     return zStatus_Success;

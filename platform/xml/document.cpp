@@ -6,6 +6,7 @@
 #include <new>
 #include <utility>
 
+#include "platform/xml/joined.h"
 #include "platform/xml/parser.h"
 #include "platform/xml/prolog.h"
 
@@ -13,6 +14,8 @@ namespace xml {
 namespace {
 
 constexpr std::string_view freshText = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+/// Sizes and numbers of children are kept in few bits: an element has at least four bytes.
+constexpr std::size_t maxDocumentSize = std::size_t{1} << 31;
 constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
 
 Block blockOf(std::string_view text, const zAllocator* allocator) {
@@ -21,10 +24,6 @@ Block blockOf(std::string_view text, const zAllocator* allocator) {
     std::copy(text.begin(), text.end(), block.get());
     block.get()[text.size()] = '\0';
     return block;
-}
-
-std::string_view between(const char* begin, const char* end) {
-    return {begin, static_cast<std::size_t>(end - begin)};
 }
 
 const char* endOf(std::string_view text) {
@@ -52,12 +51,12 @@ void Document::read(Block bytes, std::size_t size) {
     text_ = std::move(bytes);
     size_ = size;
     const Mark mark = readMark({text_.get(), size_});
-    if (mark.fault != nullptr) throw Fault{zStatus_Unsupported, std::string("1:1: ") + mark.fault};
+    if (mark.fault != nullptr) throw Fault{zStatus_Unsupported, joined({"1:1: ", mark.fault})};
     encoding_ = mark.encoding;
 
     const std::size_t body = readEncoding(mark);
-    if (size_ >= std::numeric_limits<std::uint32_t>::max())
-        throw Fault{zStatus_Unsupported, "1:1: documents of 4 GiB and more are not supported"};
+    if (size_ >= maxDocumentSize)
+        throw Fault{zStatus_Unsupported, "1:1: documents of 2 GiB and more are not supported"};
     top_.text = endOf(mark_);
     top_.size = static_cast<std::uint32_t>(size_ - mark_.size());
     Parser({top_.text, top_.size}, items_).document(top_.text + body, &top_);
@@ -84,13 +83,13 @@ std::size_t Document::readEncoding(Mark mark) {
         const char* place = declaration.encoding.data();
         const std::string name(declaration.encoding);
         if (!named.has_value())
-            reader.fail(place, "the encoding \"" + name + "\" is not supported", zStatus_Unsupported);
+            reader.fail(place, joined({"the encoding \"", name, "\" is not supported"}), zStatus_Unsupported);
         if (mark.hasByteOrderMark && *named != encoding_)
-            reader.fail(place,
-                        "the declaration says " + name + ", the byte order mark " + encodingName(encoding_));
+            reader.fail(place, joined({"the declaration says ", name, ", the byte order mark ",
+                                       encodingName(encoding_)}));
         if (*named == Encoding::utf16LittleEndian || *named == Encoding::utf16BigEndian) {
             if (!mark.hasByteOrderMark)
-                reader.fail(place, "the declaration says " + name + ", which the document is not");
+                reader.fail(place, joined({"the declaration says ", name, ", which the document is not"}));
         } else if (*named != Encoding::utf8) {
             encoding_ = *named;
             decodeText();
@@ -117,7 +116,7 @@ const char* Document::internedName(std::string_view name) {
 }
 
 std::string_view Document::keep(std::string_view text, std::size_t capacity) {
-    if (text.size() >= std::numeric_limits<std::uint32_t>::max()) throw std::bad_alloc();
+    if (text.size() >= maxDocumentSize) throw std::bad_alloc();
     const std::size_t size = std::max(text.size(), capacity) + 1;
     auto* copy = static_cast<char*>(arena_.allocate(size, 1));
     std::copy(text.begin(), text.end(), copy);

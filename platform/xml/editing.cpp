@@ -5,6 +5,7 @@
 
 #include "platform/base/failure.h"
 #include "platform/xml/characters.h"
+#include "platform/xml/joined.h"
 #include "platform/xml/layout.h"
 #include "platform/xml/parser.h"
 #include "platform/xml/values.h"
@@ -12,15 +13,11 @@
 namespace xml {
 namespace {
 
-std::string quoted(std::string_view text) {
-    return '"' + std::string(text) + '"';
-}
-
 zStatus checkName(const Document& document, const char* name) {
-    if (!isName(name)) return failure::record(zStatus_BadArgument, quoted(name) + " is no XML name");
+    if (!isName(name)) return failure::record(zStatus_BadArgument, joined({"\"", name, "\" is no XML name"}));
     if (canEncode(document.encoding(), std::string_view(name))) return zStatus_Success;
-    return failure::record(zStatus_BadArgument, "the name " + quoted(name) + " cannot be written in " +
-                                                    encodingName(document.encoding()));
+    return failure::record(zStatus_BadArgument, joined({"the name \"", name, "\" cannot be written in ",
+                                                        encodingName(document.encoding())}));
 }
 
 zStatus checkText(const char* text) {
@@ -94,16 +91,16 @@ std::string withAttribute(std::string_view tag, std::string_view name, std::stri
     while (scan.next(attribute)) {
         if (attribute.name == name) {
             const auto before = static_cast<std::size_t>(attribute.value.data() - tag.data());
-            return std::string(tag.substr(0, before)) + writeValue(text, attribute.quote(), encoding) +
-                   std::string(tag.substr(before + attribute.value.size()));
+            return joined({tag.substr(0, before), writeValue(text, attribute.quote(), encoding),
+                           tag.substr(before + attribute.value.size())});
         }
         // Attributes one below the other: the new one joins them.
         const bool breaksLine = attribute.space.find_first_of("\r\n") != std::string_view::npos;
         space = breaksLine ? attribute.space : std::string_view(" ");
     }
     const auto before = static_cast<std::size_t>(scan.at() - tag.data());
-    return std::string(tag.substr(0, before)) + std::string(space) + std::string(name) + "=\"" +
-           writeValue(text, '"', encoding) + '"' + std::string(tag.substr(before));
+    return joined({tag.substr(0, before), space, name, "=\"", writeValue(text, '"', encoding), "\"",
+                   tag.substr(before)});
 }
 
 void replaceTag(Document& document, Item& item, std::string_view tag) {
@@ -152,7 +149,7 @@ Item* insertElement(Document& document, Item& parent, Item* before, std::string_
 zStatus addItem(Document& document, Item& parent, const char* name, Item** added) {
     if (const zStatus status = checkName(document, name); status != zStatus_Success) return status;
     if (const zStatus status = checkParent(document, parent); status != zStatus_Success) return status;
-    *added = insertElement(document, parent, nullptr, '<' + std::string(name) + "/>");
+    *added = insertElement(document, parent, nullptr, joined({"<", name, "/>"}));
     return zStatus_Success;
 }
 
@@ -174,7 +171,7 @@ zStatus setItemText(Document& document, Item& item, const char* text) {
     front = whole;
 
     if (!replacer.keepsBlanks()) item.edit->closingIndent = {};
-    item.edit->mixed = replacer.keepsBlanks() ? Edit::Mixed::no : Edit::Mixed::yes;
+    item.hasText = !replacer.keepsBlanks();
     Document::touch(item);
     return zStatus_Success;
 }

@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "platform/xml/characters.h"
+#include "platform/xml/joined.h"
 
 namespace xml {
 namespace {
@@ -88,7 +89,7 @@ Decoded decodeEightBit(std::string_view bytes, Encoding encoding) {
         if (character == 0 && bytes[i] != '\0') {
             std::array<char, 8> byte{};
             std::snprintf(byte.data(), byte.size(), "0x%02X", byteAt(bytes, i));
-            decoded.fault = "the byte " + std::string(byte.data()) + " is none of " + encodingName(encoding);
+            decoded.fault = joined({"the byte ", byte.data(), " is none of ", encodingName(encoding)});
             return decoded;
         }
         appendUtf8(decoded.text, character);

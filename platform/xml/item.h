@@ -25,7 +25,6 @@ struct Edit {
         indent;  ///< White space that came, behind `lead`, with an added element and goes with it.
     std::string_view closingIndent;  ///< White space before the end tag that came with the first added child.
     bool isAdded = false;
-    enum class Mixed : std::uint8_t { unknown, no, yes } mixed = Mixed::unknown;
 
     Item* cursor = nullptr;  ///< The child last asked for by index, and
     std::size_t cursorIndex = 0;
@@ -45,7 +44,9 @@ struct Item {
     Item* firstChild;
     Edit* edit;
     std::uint32_t size;
-    std::uint32_t childCount : 30;
+    std::uint32_t childCount : 29;
+    std::uint32_t
+        hasText : 1;  ///< Holds text that is not white space alone, so that white space means something.
     std::uint32_t isDirty : 1;  ///< The element's bytes are no longer those at `text`.
     std::uint32_t isDead : 1;   ///< Deleted, or below a deleted one.
 
@@ -68,7 +69,7 @@ class ItemPool {
     /// A new item with nothing but its text.
     Item* make(const char* text) {
         if (free_ == end_) grow();
-        return new (free_++) Item{text, nullptr, nullptr, nullptr, nullptr, nullptr, 0, 0, 0, 0};
+        return new (free_++) Item{text, nullptr, nullptr, nullptr, nullptr, nullptr, 0, 0, 0, 0, 0};
     }
     /// True when `item` is one of this pool, whatever the pointer is.
     bool owns(const Item* item) const;

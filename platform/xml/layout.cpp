@@ -138,12 +138,7 @@ Style firstChildStyle(Document& document, Item& parent) {
 }
 
 Style styleFor(Document& document, Item& parent, Item* before) {
-    if (&parent != &document.top()) {
-        Edit& known = document.edit(parent);
-        if (known.mixed == Edit::Mixed::unknown)
-            known.mixed = isMixed(parent) ? Edit::Mixed::yes : Edit::Mixed::no;
-        if (known.mixed == Edit::Mixed::yes) return {};
-    }
+    if (parent.hasText) return {};
     const Item* sibling = before != nullptr ? before : parent.lastChild();
     if (sibling == nullptr) return firstChildStyle(document, parent);
     const Line line = lineOf(*sibling);
@@ -164,17 +159,6 @@ Gap takeLastLine(Document& document, Gap& gap) {
 }
 
 }  // namespace
-
-bool isMixed(const Item& item) {
-    bool found = false;
-    eachOfContent(item, [&](std::string_view text) {
-        while (!found && !text.empty()) {
-            const Token token = nextToken(text);
-            found = token.kind == TokenKind::cdata || (token.kind == TokenKind::text && !isBlank(token.text));
-        }
-    });
-    return found;
-}
 
 Line lineOf(const Item& item) {
     if (item.edit != nullptr && !item.edit->indent.empty()) return lastLine(item.edit->indent);

@@ -29,9 +29,6 @@ Line lineOf(const Item& item);
 /// The line on which a new child of `parent` will stand: the last one, or the one before `before`.
 Line newChildLine(Document& document, Item& parent, Item* before);
 
-/// True when `item` holds text that is not white space alone, so that white space in it means something.
-bool isMixed(const Item& item);
-
 /// When `lead` and `behind`, the gaps around an element that goes, show it alone on its lines, cuts those
 /// lines from both. `next` is the white space that an edit put behind `behind`.
 struct Surroundings {

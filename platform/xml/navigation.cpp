@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/base/failure.h"
+#include "platform/xml/joined.h"
 #include "platform/xml/operations.h"
 
 namespace xml {
@@ -16,8 +17,9 @@ zStatus refuseItem() {
 }
 
 zStatus refuseNull(const char* what) {
-    return failure::guarded(
-        [&] { return failure::record(zStatus_BadArgument, std::string(what) + " must not be null"); });
+    return failure::guarded([&] {
+        return failure::record(zStatus_BadArgument, joined({what, " must not be null"}));
+    });
 }
 
 Item* findChild(Item* parent, std::string_view path) {
@@ -79,8 +81,9 @@ zStatus zXml_FindChild(zHandle document, zXmlItem parent, const char* path, zXml
     if (start == nullptr) return documentOf(document) == nullptr ? refuseDocument() : refuseItem();
     *item = findChild(start, path);
     if (*item != nullptr) return zStatus_Success;
-    return failure::guarded(
-        [&] { return failure::record(zStatus_NotFound, "there is no element " + std::string(path)); });
+    return failure::guarded([&] {
+        return failure::record(zStatus_NotFound, joined({"there is no element ", path}));
+    });
 }
 
 zXmlItem zXml_FirstChild(zHandle document, zXmlItem item) {

@@ -7,24 +7,24 @@
 #include "platform/base/failure.h"
 #include "platform/xml/characters.h"
 #include "platform/xml/editing.h"
+#include "platform/xml/joined.h"
 #include "platform/xml/values.h"
 
 namespace {
 
 using namespace xml;
 
-std::string quoted(std::string_view text) {
-    return '"' + std::string(text) + '"';
-}
-
-/// Copies `text`, zero-terminated, when it fits; leaves `buffer` alone when not.
-zStatus fill(char* buffer, std::size_t capacity, std::string_view text, const std::string& what) {
+/// Copies `text`, zero-terminated, when it fits; leaves `buffer` alone when not. `what` and the name of
+/// `item` say what did not.
+zStatus fill(char* buffer, std::size_t capacity, std::string_view text, std::string_view what,
+             const Item& item) {
     if (text.size() < capacity) {
         buffer[text.copy(buffer, text.size())] = '\0';
         return zStatus_Success;
     }
-    return failure::record(zStatus_DoesNotFit, what + " needs " + std::to_string(text.size()) + " bytes, " +
-                                                   std::to_string(capacity - 1) + " are allowed");
+    return failure::record(zStatus_DoesNotFit,
+                           joined({what, " of <", item.name(), "> needs ", std::to_string(text.size() + 1),
+                                   " bytes, ", std::to_string(capacity), " are there"}));
 }
 
 zStatus refuseBuffer() {
@@ -35,7 +35,7 @@ zStatus readText(const Item& item, char* buffer, std::size_t capacity) {
     TextReader reader;
     eachOfContent(item, [&](std::string_view text) { reader.read(text); });
     const std::string_view text = isBlank(reader.text()) ? std::string_view() : reader.text();
-    return fill(buffer, capacity, text, "the text of <" + std::string(item.name()) + ">");
+    return fill(buffer, capacity, text, "the text", item);
 }
 
 /// Runs an edit of a living item.
@@ -72,14 +72,12 @@ zStatus zXml_AttrText(zHandle document, zXmlItem item, const char* name, char* b
     if (source == nullptr) return refuseItem();
     return failure::guarded([&] {
         Attribute attribute;
-        if (findAttribute(startTag(*source), name, attribute)) {
-            const std::string value = readValue(attribute.value);
-            if (value.size() < capacity) return fill(buffer, capacity, value, {});
-            return fill(buffer, capacity, value,
-                        "the attribute " + quoted(name) + " of <" + std::string(source->name()) + ">");
+        if (!findAttribute(startTag(*source), name, attribute)) {
+            return failure::record(zStatus_NotFound,
+                                   joined({"<", source->name(), "> has no attribute \"", name, "\""}));
         }
-        return failure::record(zStatus_NotFound,
-                               "<" + std::string(source->name()) + "> has no attribute " + quoted(name));
+        return fill(buffer, capacity, readValue(attribute.value), joined({"the attribute \"", name, "\""}),
+                    *source);
     });
 }
 

@@ -1,14 +1,11 @@
 #include "platform/xml/parser.h"
 
+#include "platform/xml/joined.h"
 #include "platform/xml/prolog.h"
 #include "platform/xml/scan.h"
 
 namespace xml {
 namespace {
-
-std::string quoted(std::string_view text) {
-    return '"' + std::string(text) + '"';
-}
 
 /// nameEnd for names that are mostly ASCII.
 const char* quickNameEnd(const char* at) {
@@ -18,194 +15,178 @@ const char* quickNameEnd(const char* at) {
     return isAscii(*end) ? end : nameEnd(at);
 }
 
-std::string_view between(const char* begin, const char* end) {
-    return {begin, static_cast<std::size_t>(end - begin)};
-}
-
 }  // namespace
 
 void Parser::document(const char* body, Item* top) {
-    at_ = body;
-    open_ = outer_ = top;
-    prolog();
-    element();
-    epilog();
+    const char* at = element(prolog(body), top);
+    at = miscellaneous(at);
+    if (!reader_.isEnd(at)) failMarkup(at, "behind the root element");
 }
 
 void Parser::fragment(Item* parent) {
-    open_ = outer_ = parent;
-    element();
+    element(reader_.begin(), parent);
 }
 
-/// White space, a comment or an instruction outside the root; false when something else stands there.
-bool Parser::miscellaneous() {
-    at_ = skipSpace(at_);
-    if (*at_ != '<') return false;
-    if (at_[1] == '?') {
-        at_ = reader_.instruction(at_);
-    } else if (reader_.startsWith(at_, "<!--")) {
-        at_ = reader_.comment(at_);
-    } else {
-        return false;
-    }
-    return true;
+const char* Parser::prolog(const char* at) {
+    at = miscellaneous(at);
+    if (reader_.startsWith(at, "<!DOCTYPE")) at = miscellaneous(readDocumentType(reader_, at));
+    if (reader_.isEnd(at)) reader_.fail(at, "the document has no root element");
+    if (*at != '<' || at[1] == '!' || at[1] == '/') failMarkup(at, "before the root element");
+    return at;
 }
 
-void Parser::prolog() {
-    while (miscellaneous()) {
-    }
-    if (reader_.startsWith(at_, "<!DOCTYPE")) {
-        at_ = readDocumentType(reader_, at_);
-        while (miscellaneous()) {
-        }
-    }
-    if (reader_.isEnd(at_)) reader_.fail(at_, "the document has no root element");
-    if (*at_ == '<' && at_[1] != '!' && at_[1] != '/') return;
-    failMarkup("before the root element");
-}
-
-void Parser::epilog() {
-    while (miscellaneous()) {
-    }
-    if (!reader_.isEnd(at_)) failMarkup("behind the root element");
-}
-
-void Parser::failMarkup(std::string_view where) {
-    const std::string place(where);
-    if (*at_ != '<') reader_.fail(at_, "text must not stand " + place);
-    if (reader_.startsWith(at_, "<!DOCTYPE"))
-        reader_.fail(at_, "a document type must stand before the root element, once");
-    if (reader_.startsWith(at_, "<![CDATA[")) reader_.fail(at_, "a CDATA section must not stand " + place);
-    if (at_[1] == '!') reader_.fail(at_, "\"<!\" begins nothing that may stand " + place);
-    if (at_[1] == '/') reader_.fail(at_, "an end tag must not stand " + place);
-    const char* end = reader_.name(at_ + 1, "\"<\"");
-    reader_.fail(at_, "<" + std::string(between(at_ + 1, end)) + "> must not stand " + place);
-}
-
-void Parser::element() {
-    startTag();
-    content();
-}
-
-/// Reads until the outermost element is closed.
-void Parser::content() {
-    while (open_ != outer_) {
-        at_ = skipText(at_, reader_.end());
-        switch (*at_) {
-            case '<':
-                markup();
-                break;
-            case '&':
-                at_ = reader_.reference(at_);
-                break;
-            case ']':
-                if (at_[1] == ']' && at_[2] == '>') reader_.fail(at_, "\"]]>\" must not stand in text");
-                ++at_;
-                break;
-            default:
-                if (reader_.isEnd(at_)) failOpen();
-                at_ = reader_.character(at_);
+/// White space, comments and instructions outside the root.
+const char* Parser::miscellaneous(const char* at) {
+    for (;;) {
+        at = skipSpace(at);
+        if (reader_.startsWith(at, "<?")) {
+            at = reader_.instruction(at);
+        } else if (reader_.startsWith(at, "<!--")) {
+            at = reader_.comment(at);
+        } else {
+            return at;
         }
     }
 }
 
-void Parser::failOpen() {
-    reader_.fail(at_, "the document ends inside <" + std::string(open_->name()) + ">, opened at " +
-                          position(reader_.begin(), open_->text));
+void Parser::failMarkup(const char* at, std::string_view where) {
+    if (*at != '<') reader_.fail(at, joined({"text must not stand ", where}));
+    if (reader_.startsWith(at, "<!DOCTYPE"))
+        reader_.fail(at, "a document type must stand before the root element, once");
+    if (reader_.startsWith(at, "<![CDATA["))
+        reader_.fail(at, joined({"a CDATA section must not stand ", where}));
+    if (at[1] == '!') reader_.fail(at, joined({"\"<!\" begins nothing that may stand ", where}));
+    if (at[1] == '/') reader_.fail(at, joined({"an end tag must not stand ", where}));
+    const char* end = reader_.name(at + 1, "\"<\"");
+    reader_.fail(at, joined({"<", between(at + 1, end), "> must not stand ", where}));
 }
 
-void Parser::markup() {
-    if (at_[1] == '/') return endTag();
-    if (at_[1] == '?') {
-        at_ = reader_.instruction(at_);
-    } else if (at_[1] != '!') {
-        startTag();
-    } else if (reader_.startsWith(at_, "<!--")) {
-        at_ = reader_.comment(at_);
-    } else if (reader_.startsWith(at_, "<![CDATA[")) {
-        at_ = reader_.cdata(at_);
-    } else {
-        failMarkup("inside an element");
+/// The root and, by turns, everything in it.
+const char* Parser::element(const char* at, Item* parent) {
+    open_ = parent;
+    at = startTag(at);
+    while (open_ != parent) {
+        // What stands between tags is mostly the white space of an indentation.
+        at = skipSpace(at);
+        at = *at == '<' ? markup(at) : text(at);
+    }
+    return at;
+}
+
+/// Character data, up to the next `<`.
+const char* Parser::text(const char* at) {
+    open_->hasText = 1;
+    for (;;) {
+        at = skipText(at, reader_.end());
+        if (*at == '<') return at;
+        if (*at == '&') {
+            at = reader_.reference(at);
+        } else if (*at == ']') {
+            if (at[1] == ']' && at[2] == '>') reader_.fail(at, "\"]]>\" must not stand in text");
+            ++at;
+        } else if (reader_.isEnd(at)) {
+            reader_.fail(at, joined({"the document ends inside <", open_->name(), ">, opened at ",
+                                     position(reader_.begin(), open_->text)}));
+        } else {
+            at = reader_.character(at);
+        }
     }
 }
 
-void Parser::startTag() {
-    const char* tag = at_;
-    at_ = quickNameEnd(at_ + 1);
-    if (at_ == tag + 1) reader_.name(at_, "\"<\"");
-    Item* item = pool_.make(tag);
-    if (*at_ != '>') attributes();
+const char* Parser::markup(const char* at) {
+    if (at[1] == '/') return endTag(at);
+    if (at[1] == '?') return reader_.instruction(at);
+    if (at[1] != '!') return startTag(at);
+    if (reader_.startsWith(at, "<!--")) return reader_.comment(at);
+    if (!reader_.startsWith(at, "<![CDATA[")) failMarkup(at, "inside an element");
+    open_->hasText = 1;
+    return reader_.cdata(at);
+}
+
+const char* Parser::startTag(const char* at) {
+    Item* item = pool_.make(at);
+    const char* end = quickNameEnd(at + 1);
+    if (end == at + 1) reader_.name(end, "\"<\"");
+    if (*end != '>') end = attributes(end);
     open_->append(item);
-    if (*at_ == '/') {
-        at_ += 2;
-        item->size = static_cast<std::uint32_t>(at_ - tag);
-    } else {
-        ++at_;
-        open_ = item;
+    if (*end == '/') {
+        item->size = static_cast<std::uint32_t>(end + 2 - at);
+        return end + 2;
     }
+    open_ = item;
+    return end + 1;
 }
 
-/// Reads up to the `>` or `/>` that ends the start tag.
-void Parser::attributes() {
+/// Up to the `>` or `/>` that ends the start tag.
+const char* Parser::attributes(const char* at) {
     attributeNames_.clear();
     for (;;) {
-        const char* start = at_;
-        at_ = skipSpace(at_);
-        if (*at_ == '>' || (*at_ == '/' && at_[1] == '>')) return;
+        const char* start = at;
+        at = skipSpace(at);
+        if (*at == '>' || (*at == '/' && at[1] == '>')) return at;
 
-        const char* end = quickNameEnd(at_);
-        const std::string_view name = between(at_, end);
+        const char* end = quickNameEnd(at);
+        const std::string_view name = between(at, end);
         if (name.empty()) {
-            if (reader_.isEnd(at_)) reader_.fail(at_, "the document ends inside a start tag");
-            reader_.fail(at_, "an attribute, \">\" or \"/>\" must stand here");
+            if (reader_.isEnd(at)) reader_.fail(at, "the document ends inside a start tag");
+            reader_.fail(at, "an attribute, \">\" or \"/>\" must stand here");
         }
-        if (at_ == start) reader_.fail(at_, "white space must stand before the attribute " + quoted(name));
-        if (!attributeNames_.add(name)) reader_.fail(at_, "the attribute " + quoted(name) + " appears twice");
-        at_ = end;
-        attributeValue(name);
+        if (at == start)
+            reader_.fail(at, joined({"white space must stand before the attribute \"", name, "\""}));
+        if (!attributeNames_.add(name))
+            reader_.fail(at, joined({"the attribute \"", name, "\" appears twice"}));
+        at = attributeValue(end, name);
     }
 }
 
-void Parser::attributeValue(std::string_view name) {
-    at_ = skipSpace(at_);
-    if (*at_ != '=') reader_.fail(at_, "\"=\" must follow the attribute " + quoted(name));
-    at_ = skipSpace(at_ + 1);
-    const char quote = *at_;
+/// From behind the name to behind the closing quote.
+const char* Parser::attributeValue(const char* at, std::string_view name) {
+    at = skipSpace(at);
+    if (*at != '=') reader_.fail(at, joined({"\"=\" must follow the attribute \"", name, "\""}));
+    at = skipSpace(at + 1);
+    const char quote = *at;
     if (quote != '"' && quote != '\'')
-        reader_.fail(at_, "the value of the attribute " + quoted(name) + " must stand in quotes");
-    const char* start = at_++;
+        reader_.fail(at, joined({"the value of the attribute \"", name, "\" must stand in quotes"}));
+    const char* start = at++;
     for (;;) {
-        at_ = skipValue(at_, reader_.end());
-        if (*at_ == quote) break;
-        if (*at_ == '&') {
-            at_ = reader_.reference(at_);
-        } else if (*at_ == '<') {
-            reader_.fail(at_, "\"<\" must not stand in the value of the attribute " + quoted(name));
-        } else if (reader_.isEnd(at_)) {
-            reader_.fail(start, "the value of the attribute " + quoted(name) + " has no closing quote");
+        at = skipValue(at, reader_.end());
+        if (*at == quote) return at + 1;
+        if (*at == '&') {
+            at = reader_.reference(at);
+        } else if (*at == '<') {
+            reader_.fail(at, joined({"\"<\" must not stand in the value of the attribute \"", name, "\""}));
+        } else if (reader_.isEnd(at)) {
+            reader_.fail(start, joined({"the value of the attribute \"", name, "\" has no closing quote"}));
         } else {
-            at_ = reader_.character(at_);
+            at = reader_.character(at);
         }
     }
-    ++at_;
 }
 
-void Parser::endTag() {
+const char* Parser::endTag(const char* at) {
     const char* opened = open_->text + 1;
-    const char* closing = at_ + 2;
-    while (*closing == *opened && *closing != '>' && !isSpace(*closing)) ++closing, ++opened;
-    const char* end = skipSpace(closing);
-    const bool isSame = *end == '>' && (*opened == '>' || isSpace(*opened));
-    if (!isSame) {
-        const char* nameBehind = reader_.name(at_ + 2, "\"</\"");
-        const std::string name(at_ + 2, nameBehind);
-        if (name != open_->name())
-            reader_.fail(at_, "</" + name + "> closes <" + std::string(open_->name()) + ">");
-        reader_.fail(skipSpace(nameBehind), "\">\" must end the end tag </" + name);
+    const char* closing = at + 2;
+    while (*closing == *opened && isClass(*closing, nameCharacter)) ++closing, ++opened;
+    // Names beyond ASCII, and faults, are seen at leisure.
+    if (!isAscii(*closing)) {
+        const char* end = nameEnd(at + 2);
+        if (between(at + 2, end) != open_->name()) failEndTag(at);
+        closing = end;
+    } else if (isClass(*opened, nameCharacter) || !isAscii(*opened)) {
+        failEndTag(at);
     }
-    at_ = end + 1;
-    open_->size = static_cast<std::uint32_t>(at_ - open_->text);
+    closing = skipSpace(closing);
+    if (*closing != '>') failEndTag(at);
+    open_->size = static_cast<std::uint32_t>(closing + 1 - open_->text);
     open_ = open_->parent;
+    return closing + 1;
+}
+
+void Parser::failEndTag(const char* at) {
+    const char* end = reader_.name(at + 2, "\"</\"");
+    const std::string_view name = between(at + 2, end);
+    if (name != open_->name()) reader_.fail(at, joined({"</", name, "> closes <", open_->name(), ">"}));
+    reader_.fail(skipSpace(end), joined({"\">\" must end the end tag </", name}));
 }
 
 }  // namespace xml

@@ -1,4 +1,5 @@
 #include "platform/xml/prolog.h"
+#include "platform/xml/joined.h"
 
 #include <algorithm>
 #include <array>
@@ -19,7 +20,7 @@ class Walk {
         return at_ != start;
     }
     void requireSpaces(std::string_view behind) {
-        if (!skipSpaces()) fail("white space must follow " + std::string(behind));
+        if (!skipSpaces()) fail(joined({"white space must follow ", behind}));
     }
     bool take(std::string_view text) {
         if (!sees(text)) return false;
@@ -64,10 +65,10 @@ bool isEncodingName(std::string_view name) {
 
 std::string_view Walk::quoted(std::string_view what) {
     const char quote = *at_;
-    if (quote != '"' && quote != '\'') fail(std::string(what) + " must stand in quotes");
+    if (quote != '"' && quote != '\'') fail(joined({what, " must stand in quotes"}));
     const char* start = at_;
     for (++at_; *at_ != quote;) {
-        if (reader_.isEnd(at_)) reader_.fail(start, std::string(what) + " has no closing quote");
+        if (reader_.isEnd(at_)) reader_.fail(start, joined({what, " has no closing quote"}));
         at_ = reader_.character(at_);
     }
     return {start + 1, static_cast<std::size_t>(at_++ - start - 1)};
@@ -75,9 +76,9 @@ std::string_view Walk::quoted(std::string_view what) {
 
 std::string_view Walk::pseudoAttribute(std::string_view name) {
     skipSpaces();
-    require("=", "\"=\" must follow " + std::string(name));
+    require("=", joined({"\"=\" must follow ", name}));
     skipSpaces();
-    return quoted("the " + std::string(name));
+    return quoted(joined({"the ", name}));
 }
 
 void Walk::publicIdentifier() {
@@ -108,7 +109,7 @@ void Walk::markupDeclaration() {
     while (!take(">")) {
         if (reader_.isEnd(at_)) reader_.fail(start, "the declaration is not closed");
         if (*at_ == '<' || *at_ == '[' || *at_ == ']')
-            fail(std::string("\"") + *at_ + "\" must not stand in a declaration");
+            fail(joined({"\"", {at_, 1}, "\" must not stand in a declaration"}));
         if (*at_ == '"' || *at_ == '\'') {
             static_cast<void>(quoted("the literal"));
         } else {
@@ -158,7 +159,7 @@ Declaration readDeclaration(const Reader& reader) {
         declaration.encoding = walk.pseudoAttribute("encoding");
         if (!isEncodingName(declaration.encoding))
             reader.fail(declaration.encoding.data(),
-                        "\"" + std::string(declaration.encoding) + "\" is no name of an encoding");
+                        joined({"\"", declaration.encoding, "\" is no name of an encoding"}));
         hasSpace = walk.skipSpaces();
     }
     if (hasSpace && walk.take("standalone")) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "platform/xml/joined.h"
 #include "platform/xml/scan.h"
 
 namespace xml {
@@ -46,7 +47,7 @@ bool isReservedTarget(std::string_view target) {
 }  // namespace
 
 void Reader::refuse(const char* place, std::string_view sentence, zStatus status) const {
-    throw Fault{status, position(begin_, place) + ": " + std::string(sentence)};
+    throw Fault{status, joined({position(begin_, place), ": ", sentence})};
 }
 
 void Reader::fail(const char* place, std::string_view sentence, zStatus status) const {
@@ -59,13 +60,14 @@ const char* Reader::character(const char* at) const {
     const unsigned length = decode(at, character);
     if (length == 0) refuse(at, "the bytes are no UTF-8", zStatus_Malformed);
     if (!isCharacter(character))
-        refuse(at, "the character " + codePoint(character) + " is not allowed in XML", zStatus_Malformed);
+        refuse(at, joined({"the character ", codePoint(character), " is not allowed in XML"}),
+               zStatus_Malformed);
     return at + length;
 }
 
 const char* Reader::name(const char* at, std::string_view before) const {
     const char* end = nameEnd(at);
-    if (end == at) fail(at, "a name must follow " + std::string(before));
+    if (end == at) fail(at, joined({"a name must follow ", before}));
     return end;
 }
 
@@ -74,8 +76,8 @@ const char* Reader::reference(const char* at) const {
     const char* end = nameEnd(at + 1);
     if (end == at + 1) fail(at, "\"&\" begins no reference; a plain ampersand is written &amp;");
     const std::string_view name(at + 1, static_cast<std::size_t>(end - at - 1));
-    if (*end != ';') fail(at, "the reference &" + std::string(name) + " has no \";\"");
-    if (findEntity(name) == nullptr) fail(at, "the entity &" + std::string(name) + "; is not known");
+    if (*end != ';') fail(at, joined({"the reference &", name, " has no \";\""}));
+    if (findEntity(name) == nullptr) fail(at, joined({"the entity &", name, "; is not known"}));
     return end + 1;
 }
 
@@ -83,10 +85,10 @@ const char* Reader::characterReference(const char* at) const {
     const char* digits = at[2] == 'x' ? at + 3 : at + 2;
     const char* end = at + 2;
     const char32_t character = readNumber(end);
-    const std::string text(at, end);
+    const std::string_view text = between(at, end);
     if (end == digits) fail(at, "a character reference needs a number, as in &#65; or &#x41;");
-    if (*end != ';') fail(at, "the reference " + text + " has no \";\"");
-    if (!isCharacter(character)) fail(at, text + "; is no character that XML allows");
+    if (*end != ';') fail(at, joined({"the reference ", text, " has no \";\""}));
+    if (!isCharacter(character)) fail(at, joined({text, "; is no character that XML allows"}));
     return end + 1;
 }
 
@@ -108,11 +110,11 @@ const char* Reader::instruction(const char* at) const {
     at = name(at + 2, "\"<?\"");
     const std::string_view target(start + 2, static_cast<std::size_t>(at - start - 2));
     if (isReservedTarget(target)) {
-        fail(start, target == "xml" ? "the XML declaration must stand at the very beginning, once"
-                                    : "the target " + std::string(target) + " is reserved");
+        if (target == "xml") fail(start, "the XML declaration must stand at the very beginning, once");
+        fail(start, joined({"the target ", target, " is reserved"}));
     }
     if (!isSpace(*at) && !startsWith(at, "?>") && !isEnd(at))
-        fail(at, "white space must follow the target " + std::string(target));
+        fail(at, joined({"white space must follow the target ", target}));
     for (;;) {
         at = skipMarkup(at, end_);
         if (*at == '?' && at[1] == '>') return at + 2;

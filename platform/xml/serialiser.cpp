@@ -1,6 +1,7 @@
 #include "platform/xml/serialiser.h"
 
 #include "platform/xml/characters.h"
+#include "platform/xml/joined.h"
 
 namespace xml {
 namespace {
@@ -17,6 +18,16 @@ void addLead(Stretches& stretches, const Item& item) {
 void addTail(Stretches& stretches, const Item& item) {
     eachOfTail(item, [&](std::string_view text) { stretches.add(text); });
     if (item.edit != nullptr) stretches.add(item.edit->closingIndent);
+}
+
+/// Adds `item` and the siblings behind it as far as no edit touched them or what stands before them: all one
+/// stretch of the text. Answers the first that was touched.
+const Item* addUntouched(Stretches& stretches, const Item* item) {
+    const Item* first = item;
+    const Item* last = nullptr;
+    for (; item != nullptr && item->edit == nullptr && !item->isDirty; item = item->next) last = item;
+    if (last != nullptr) stretches.add(between(textLead(*first).data(), last->text + last->size));
+    return item;
 }
 
 }  // namespace
@@ -64,6 +75,7 @@ Stretches collect(Document& document) {
     }
     const Item* item = parent->firstChild;
     for (;;) {
+        item = addUntouched(stretches, item);
         if (item == nullptr) {
             addTail(stretches, *parent);
             addEndTag(stretches, *parent);

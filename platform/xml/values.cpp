@@ -5,14 +5,11 @@
 
 #include "platform/xml/characters.h"
 #include "platform/xml/gap.h"
+#include "platform/xml/joined.h"
 #include "platform/xml/reader.h"
 
 namespace xml {
 namespace {
-
-std::string_view between(const char* begin, const char* end) {
-    return {begin, static_cast<std::size_t>(end - begin)};
-}
 
 const char* skipSpaces(const char* at) {
     while (isSpace(*at)) ++at;

@@ -12,6 +12,7 @@
 #include "platform/base/failure.h"
 #include "platform/base/file.h"
 #include "platform/xml/fault.h"
+#include "platform/xml/joined.h"
 #include "platform/xml/operations.h"
 #include "platform/xml/serialiser.h"
 
@@ -56,7 +57,7 @@ zStatus zXml_Load(zHandle* document, const char* path, const zAllocator* allocat
             return status;
         Block block(static_cast<char*>(bytes), Release{allocator});
         const zStatus status = read(document, std::move(block), size, allocator);
-        return status == zStatus_Success ? status : failure::within(std::string(path) + ':', status);
+        return status == zStatus_Success ? status : failure::within(joined({path, ":"}), status);
     });
 }
 
