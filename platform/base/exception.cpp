@@ -63,8 +63,4 @@ void Check(zStatus status, const char* operation, int line) {
     if (status != zStatus_Success) throw Exception(line, sourceFile, status, operation, nullptr);
 }
 
-void Check(zStatus status, const char* operation, std::source_location place) {
-    Check(status, operation, static_cast<int>(place.line()));
-}
-
 }  // namespace Ta

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <exception>
-#include <source_location>
 #include <string>
 
 #include "platform/base/status.h"
@@ -48,8 +47,6 @@ class Exception : public std::exception {
 
 /// The test that follows every fallible call: raises the located exception unless `status` is exactly 1.
 /// `line` is a number where users know the check by it, else the line of the check itself.
-void Check(zStatus status, const char* operation, int line);
-void Check(zStatus status, const char* operation,
-           std::source_location place = std::source_location::current());
+void Check(zStatus status, const char* operation, int line = __builtin_LINE());
 
 }  // namespace Ta
