@@ -19,7 +19,7 @@ constexpr Entry based(std::uint32_t base, unsigned extraBits) {
 constexpr Meanings makeSymbolMeanings() {
     constexpr std::size_t endOfBlock = 256, firstLength = 257, longestMatchSymbol = 285;
     Meanings meanings{};
-    for (std::uint32_t byte = 0; byte < 256; ++byte) meanings[byte] = byte << 16 | literalFlag | 1 << 8;
+    for (std::uint32_t byte = 0; byte < 256; ++byte) meanings[byte] = byte << 16 | literalFlag;
     meanings[endOfBlock] = specialFlag | endFlag;
     std::uint32_t base = 3;
     for (std::size_t symbol = firstLength; symbol < longestMatchSymbol; ++symbol) {
@@ -60,8 +60,7 @@ constexpr Meanings lengthCodeMeanings = makeLengthCodeMeanings();
 
 /// The entry of a symbol whose code is `length` bits long.
 Entry complete(Entry meaning, unsigned length) {
-    // The count field of a literal is its own; everything else keeps the length of the code there.
-    return meaning + length + (meaning & literalFlag ? 0 : length << 8);
+    return meaning + length + (length << 8);
 }
 
 /// The code that follows `code`, one of `length` bits, codes being written with their first bit lowest.
@@ -180,25 +179,24 @@ class Builder {
     unsigned code_ = 0;  // the next one, first bit lowest
 };
 
-/// Joins two literals whose codes fit into one index.
-void pairLiterals(SymbolTable& table) {
-    // From the end, for the second literal is looked up among smaller indices, not joined yet.
-    for (std::size_t index = (std::size_t{1} << symbolIndexBits) - 1; index > 0; --index) {
-        const Entry first = table[index];
-        if ((first & literalFlag) == 0) continue;
-        const Entry second = table[index >> dropOf(first)];
-        const unsigned bits = dropOf(first) + dropOf(second);
-        if ((second & literalFlag) == 0 || bits > symbolIndexBits) continue;
-        table[index] = valueOf(second) << 24 | valueOf(first) << 16 | literalFlag | 2 << 8 | bits;
+/// The code lengths of the fixed codes.
+struct FixedLengths {
+    std::array<std::uint8_t, symbolCount> symbols{};
+    std::array<std::uint8_t, distanceCount> distances{};
+
+    constexpr FixedLengths() {
+        for (std::size_t i = 0; i < symbolCount; ++i)
+            symbols[i] = i < 144 ? 8 : i < 256 ? 9 : i < 280 ? 7 : 8;
+        distances.fill(5);
     }
-}
+};
+
+constexpr FixedLengths fixedLengths;
 
 }  // namespace
 
 bool buildSymbols(const std::uint8_t* lengths, std::size_t count, SymbolTable& table) {
-    if (!Builder(symbolMeanings, table.data(), symbolIndexBits).build(lengths, count, true)) return false;
-    pairLiterals(table);
-    return true;
+    return Builder(symbolMeanings, table.data(), symbolIndexBits).build(lengths, count, true);
 }
 
 bool buildDistances(const std::uint8_t* lengths, std::size_t count, DistanceTable& table) {
@@ -207,6 +205,12 @@ bool buildDistances(const std::uint8_t* lengths, std::size_t count, DistanceTabl
 
 bool buildLengthCodes(const std::uint8_t* lengths, std::size_t count, LengthCodeTable& table) {
     return Builder(lengthCodeMeanings, table.data(), lengthCodeIndexBits).build(lengths, count, false);
+}
+
+void buildFixed(SymbolTable& symbols, DistanceTable& distances) {
+    // Both are complete codes, so building them cannot fail.
+    buildSymbols(fixedLengths.symbols.data(), symbolCount, symbols);
+    buildDistances(fixedLengths.distances.data(), distanceCount, distances);
 }
 
 }  // namespace inflation

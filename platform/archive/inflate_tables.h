@@ -7,16 +7,15 @@
 /// The look-up tables that decode the Huffman codes of a DEFLATE block (RFC 1951).
 ///
 /// A table is indexed with the next bits of the stream. An entry says what the code means and how many bits
-/// it takes; a code longer than the index leads to a subtable, indexed with the bits behind. Where two
-/// literals fit into the index together, their entry gives both at once.
+/// it takes; a code longer than the index leads to a subtable, indexed with the bits behind.
 namespace inflation {
 
 /// One entry, packed for a single load:
 ///
 ///     bits 0-5    bits to drop: the code, and behind it the extra bits of a length or distance
-///     bits 8-11   length: length of the code alone; literal: how many (1 or 2); link: subtable index bits
+///     bits 8-11   length of the code alone; of a link: index bits of the subtable
 ///     bits 12-15  what it is: the flags below
-///     bits 16-31  the literals (first one low), the base of a length or distance, the subtable's place
+///     bits 16-31  the literal, the base of a length or distance, the place of the subtable
 using Entry = std::uint32_t;
 
 inline constexpr Entry literalFlag = 1 << 15;
@@ -27,11 +26,21 @@ inline constexpr Entry endFlag = 1 << 12;      //   the end of the block; with n
 inline unsigned dropOf(Entry entry) {
     return entry & 63;
 }
-inline unsigned countOf(Entry entry) {
+inline unsigned codeLengthOf(Entry entry) {
     return entry >> 8 & 15;
 }
 inline std::uint32_t valueOf(Entry entry) {
     return entry >> 16;
+}
+
+/// The entry that `link` leads to; `bits` are those behind the index.
+inline Entry followLink(const Entry* table, Entry link, std::uint64_t bits) {
+    return table[valueOf(link) + (bits & ((1u << codeLengthOf(link)) - 1))];
+}
+/// The value of a length or distance: its base, and what its extra bits add. `bits` begin with its code.
+inline std::size_t baseAndExtra(Entry entry, std::uint64_t bits) {
+    const std::uint64_t codeAndExtra = bits & ((std::uint64_t{1} << dropOf(entry)) - 1);
+    return valueOf(entry) + static_cast<std::size_t>(codeAndExtra >> codeLengthOf(entry));
 }
 
 inline constexpr unsigned longestCode = 15;
@@ -60,5 +69,8 @@ using LengthCodeTable = std::array<Entry, std::size_t{1} << lengthCodeIndexBits>
 bool buildSymbols(const std::uint8_t* lengths, std::size_t count, SymbolTable& table);
 bool buildDistances(const std::uint8_t* lengths, std::size_t count, DistanceTable& table);
 bool buildLengthCodes(const std::uint8_t* lengths, std::size_t count, LengthCodeTable& table);
+
+/// Builds the tables of the fixed codes.
+void buildFixed(SymbolTable& symbols, DistanceTable& distances);
 
 }  // namespace inflation
