@@ -10,18 +10,20 @@ namespace {
 
 constexpr const char* operation = "TaVekUtil_Load_Config";
 
-/// The texts of the children, whatever their names, of the root's child `name`; none when that is absent.
-std::vector<std::string> readList(zHandle document, zXmlItem root, const char* name) {
-    std::vector<std::string> texts;
+enum class EmptyTexts { kept, skipped };
+
+/// Appends to `texts` the text of each child, whatever its name, of the root's child `name`, if there is one.
+/// What was read before a failure stays.
+void readList(zHandle document, zXmlItem root, const char* name, EmptyTexts emptyTexts,
+              std::vector<std::string>& texts) {
     zXmlItem list = nullptr;
-    if (zXml_FindChild(document, root, name, &list) != zStatus_Success) return texts;
+    if (zXml_FindChild(document, root, name, &list) != zStatus_Success) return;
     for (zXmlItem entry = zXml_FirstChild(document, list); entry != nullptr;
          entry = zXml_NextSibling(document, entry)) {
         Ta::PathText text;
         Ta::Check(zXml_ItemText(document, entry, text.data(), text.capacity()), operation);
-        texts.emplace_back(text.c_str());
+        if (emptyTexts == EmptyTexts::kept || !text.empty()) texts.emplace_back(text.c_str());
     }
-    return texts;
 }
 
 void readOutputPrefix(zHandle document, zXmlItem root, BuildConfig& config) {
@@ -32,8 +34,7 @@ void readOutputPrefix(zHandle document, zXmlItem root, BuildConfig& config) {
 }
 
 void chooseStockPackages(zHandle document, zXmlItem root, BuildConfig& config) {
-    config.stockPackages = readList(document, root, "StockPackages");
-    std::erase(config.stockPackages, "");
+    readList(document, root, "StockPackages", EmptyTexts::skipped, config.stockPackages);
     if (config.stockPackages.empty()) {
         std::cout << "TaVekUtil: No Stock packages specified. Using default stock images." << std::endl;
         TaVekUtil_FindStockPackages(config.stockPackages);
@@ -54,8 +55,8 @@ void TaVekUtil_Load_Config(zHandle document, BuildConfig& config) {
         readOutputPrefix(document, root, config);
         chooseStockPackages(document, root, config);
         // Empty texts stay: an entry that names nothing is a mistake, which loading and removing then report.
-        config.vekPkgsToLoad = readList(document, root, "VekPkgsToLoad");
-        config.vekPkgsToRemove = readList(document, root, "VekPkgsToRemove");
+        readList(document, root, "VekPkgsToLoad", EmptyTexts::kept, config.vekPkgsToLoad);
+        readList(document, root, "VekPkgsToRemove", EmptyTexts::kept, config.vekPkgsToRemove);
     } catch (...) {
         std::cerr << "TaVekUtil: Failed to load config file." << std::endl;
         throw;

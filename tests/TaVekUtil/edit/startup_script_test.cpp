@@ -1,0 +1,429 @@
+#include "TaVekUtil/edit/startup_script.h"
+
+#include <gmock/gmock.h>
+
+#include "tests/testing/archive_fixture.h"
+#include "tests/testing/captured_output.h"
+#include "tests/testing/platform_faults.h"
+#include "tests/testing/raised.h"
+#include "tests/testing/scratch_directory.h"
+#include "tests/testing/xml_fixture.h"
+
+namespace {
+
+using testing::callsOf;
+using testing::CapturedOutput;
+using testing::compact;
+using testing::ElementsAre;
+using testing::Fault;
+using testing::IsLocated;
+using testing::Member;
+using testing::raised;
+using testing::ScratchDirectory;
+
+constexpr const char* injection = "TaVekUtil_InjectFile";
+constexpr const char* deletion = "TaVekUtil_DeletePreviousFiles";
+constexpr const char* removal = "TaVekUtils_ScriptXmlRemoveAndGetSource";
+constexpr const char* failureLine = "err: TaVekUtil: Failed injecting files into upgrade package.";
+
+const std::vector<std::string> controllers{"R6", "R8"};
+const std::string listedControllers =
+    "<Or><Eq property=\"Controller\" value=\"R6\"/>"
+    "<Eq property=\"Controller\" value=\"R8\"/></Or>";
+
+/// An archive with a start-up script, and what editing it says.
+struct Script {
+    ScratchDirectory scratch;
+    Ta::Object<void*> archive;
+    CapturedOutput output;
+
+    explicit Script(const std::string& script, std::vector<Member> members = {}) {
+        members.insert(members.begin(), {"script.xml", script});
+        archive = testing::container(members);
+    }
+
+    void inject(const std::string& name, const std::string& source, const std::string& content = "content",
+                const std::vector<std::string>& models = controllers) {
+        const std::string file = scratch.write("file", content);
+        TaVekUtil_InjectFile(file.c_str(), source.c_str(), name.c_str(), models, archive.get());
+    }
+    /// Removes the entry `name`; answers its source, "(untouched)" when the buffer was left alone.
+    std::string remove(const std::string& name) {
+        char source[512] = "(untouched)";
+        TaVekUtils_ScriptXmlRemoveAndGetSource(archive.get(), name.c_str(), source, sizeof source,
+                                               zAllocator_Application());
+        return source;
+    }
+    std::string text() const { return compact(member("script.xml")); }
+    std::string member(const std::string& name) const { return testing::memberContent(archive.get(), name); }
+    bool holds(const std::string& name) const { return testing::hasMember(archive.get(), name); }
+    std::vector<std::string> members() const { return testing::memberNames(archive.get()); }
+};
+
+std::string fileEntry(const std::string& name, const std::string& source) {
+    return "<File name=\"" + name + "\" source=\"" + source + "\"/>";
+}
+
+// ---- Injection ------------------------------------------------------------------------------------------
+
+TEST(InjectFile, appendsTheEntryAndStoresTheFile) {
+    Script script("<S><File name='x'/><Version value='1'/></S>", {{"other", ""}});
+    script.inject("vekapplib.so", "data/12345-vekapplib.so", "bytes");
+    EXPECT_EQ(script.text(),
+              "<S><File name='x'/><Version value='1'/>"
+              "<File name=\"vekapplib.so\" source=\"data/12345-vekapplib.so\">" +
+                  listedControllers + "</File></S>");
+    EXPECT_EQ(script.member("data/12345-vekapplib.so"), "bytes");
+    EXPECT_THAT(script.members(), ElementsAre("other", "script.xml", "data/12345-vekapplib.so"));
+    EXPECT_THAT(script.output.lines(), ElementsAre());
+}
+
+TEST(InjectFile, writesAnEmptyOrForAnEmptyListOfControllers) {
+    Script script("<S><File/></S>");
+    script.inject("a", "data/a", "", {});
+    EXPECT_EQ(script.text(), "<S><File/><File name=\"a\" source=\"data/a\"><Or/></File></S>");
+}
+
+TEST(InjectFile, leavesOneEntryAndOneMemberWhenRepeated) {
+    Script script("<S><File/><Last/></S>");
+    script.inject("a", "data/a", "old");
+    script.inject("a", "data/a", "new");
+    EXPECT_EQ(script.text(),
+              "<S><File/><Last/><File name=\"a\" source=\"data/a\">" + listedControllers + "</File></S>");
+    EXPECT_EQ(script.member("data/a"), "new");
+    EXPECT_THAT(script.members(), ElementsAre("script.xml", "data/a"));
+}
+
+TEST(InjectFile, replacesEntriesOfAnyLetterCaseWithTheirMembers) {
+    Script script("<S>" + fileEntry("LIB.so", "data/1") + fileEntry("lib2.so", "data/2") +
+                      fileEntry("Lib.SO", "data/3") + "</S>",
+                  {{"data/1", ""}, {"data/2", ""}, {"data/3", ""}});
+    script.inject("lib.so", "data/4");
+    EXPECT_EQ(script.text(), "<S>" + fileEntry("lib2.so", "data/2") +
+                                 "<File name=\"lib.so\" source=\"data/4\">" + listedControllers +
+                                 "</File></S>");
+    EXPECT_THAT(script.members(), ElementsAre("data/2", "script.xml", "data/4"));
+}
+
+TEST(InjectFile, takesEveryElementBehindTheFirstFileForAnEntry) {
+    Script script("<S><Other name='a' source='data/1'/><File name='x'/><Other name='A' source='data/2'/></S>",
+                  {{"data/1", ""}, {"data/2", ""}});
+    script.inject("a", "data/3", "", {});
+    EXPECT_EQ(script.text(),
+              "<S><Other name='a' source='data/1'/><File name='x'/>"
+              "<File name=\"a\" source=\"data/3\"><Or/></File></S>");
+    EXPECT_THAT(script.members(), ElementsAre("data/1", "script.xml", "data/3"));
+}
+
+TEST(InjectFile, needsAFileElementInTheScript) {
+    Script script("<S><Other name='a' source='data/1'/></S>", {{"data/1", ""}});
+    EXPECT_THAT(raised([&] { script.inject("a", "data/2"); }), IsLocated(deletion, zStatus_NotFound));
+    EXPECT_THAT(script.output.lines(), ElementsAre(failureLine));
+    EXPECT_THAT(script.members(), ElementsAre("script.xml", "data/1"));
+}
+
+TEST(InjectFile, leavesEntriesWithoutAReadableNameOrSource) {
+    const std::string name(511, 'n');
+    const std::string source(511, 's');
+    const std::string unreadable = "<File source='data/1'/><File name='" + name +
+                                   "n' source='data/1'/><File name='" + name + "'/><File name='" + name +
+                                   "' source='" + source + "s'/>";
+    Script script("<S>" + unreadable + "<File name='" + name + "' source='" + source + "'/></S>",
+                  {{"data/1", ""}, {source, ""}});
+    script.inject(name, "data/2", "", {});
+    EXPECT_EQ(script.text(),
+              "<S>" + unreadable + "<File name=\"" + name + "\" source=\"data/2\"><Or/></File></S>");
+    EXPECT_THAT(script.members(), ElementsAre("data/1", "script.xml", "data/2"));
+}
+
+TEST(InjectFile, removesAStaleEntryWhoseMemberIsGone) {
+    Script script("<S>" + fileEntry("a", "data/none") + fileEntry("b", "") + fileEntry("B", "") + "</S>");
+    script.inject("a", "data/1", "", {});
+    script.inject("b", "data/2", "", {});
+    EXPECT_EQ(script.text(),
+              "<S><File name=\"a\" source=\"data/1\"><Or/></File>"
+              "<File name=\"b\" source=\"data/2\"><Or/></File></S>");
+}
+
+TEST(InjectFile, keepsTheScriptThroughAnEntryThatNamesIt) {
+    Script script("<S><File/>" + fileEntry("a", "script.xml") + "</S>");
+    script.inject("a", "data/a", "", {});
+    EXPECT_EQ(script.text(), "<S><File/><File name=\"a\" source=\"data/a\"><Or/></File></S>");
+    EXPECT_THAT(script.members(), ElementsAre("script.xml", "data/a"));
+}
+
+TEST(InjectFile, needsAScript) {
+    Script script("<S><File/></S>");
+    script.archive = testing::container({{"Script.xml", "<S><File/></S>"}});
+    EXPECT_THAT(raised([&] { script.inject("a", "data/a"); }), IsLocated(injection, zStatus_NotFound));
+    EXPECT_THAT(script.output.lines(), ElementsAre(failureLine));
+}
+
+TEST(InjectFile, needsAScriptThatIsXmlInItsWholeSize) {
+    Script broken("<S>\n<File>");
+    const auto exception = raised([&] { broken.inject("a", "data/a"); });
+    EXPECT_THAT(exception, IsLocated(injection, zStatus_Malformed));
+    EXPECT_THAT(exception.what(), testing::HasSubstr("script.xml:2:"));
+    Script zero(std::string("<S><File/></S>\0", 15));
+    EXPECT_THAT(raised([&] { zero.inject("a", "data/a"); }), IsLocated(injection, zStatus_Malformed));
+}
+
+TEST(InjectFile, needsTheFile) {
+    Script script("<S><File/></S>");
+    EXPECT_THAT(raised([&] {
+                    TaVekUtil_InjectFile(script.scratch.path("none").c_str(), "data/a", "a", {},
+                                         script.archive.get());
+                }),
+                IsLocated(injection, zStatus_NotFound));
+    EXPECT_THAT(script.output.lines(), ElementsAre(failureLine));
+    EXPECT_EQ(script.text(), "<S><File/></S>");
+}
+
+TEST(InjectFile, looksForTheScriptBeforeTheFile) {
+    Script script("<S>");
+    EXPECT_THAT(raised([&] { TaVekUtil_InjectFile("none", "data/a", "a", {}, script.archive.get()); }),
+                IsLocated(injection, zStatus_Malformed));
+}
+
+TEST(InjectFile, readsTheFileBeforeItLooksForEntries) {
+    Script script("<S/>");
+    EXPECT_THAT(raised([&] { TaVekUtil_InjectFile("none", "data/a", "a", {}, script.archive.get()); }),
+                IsLocated(injection, zStatus_NotFound));
+}
+
+TEST(InjectFile, reportsWhateverStepFails) {
+    const struct {
+        const char* step;
+        std::size_t call;
+        const char* operation;
+    } faults[] = {
+        {"zXml_AddItem", 1, injection},         // File
+        {"zXml_AddItem", 2, injection},         // Or
+        {"zXml_AddItem", 3, injection},         // Eq
+        {"zXml_SetAttrText", 1, injection},     // name
+        {"zXml_SetAttrText", 2, injection},     // source
+        {"zXml_SetAttrText", 3, injection},     // property
+        {"zXml_SetAttrText", 4, injection},     // value
+        {"zXml_DeleteItem", 1, deletion},       // the earlier entry
+        {"zArchive_DeleteFile", 1, deletion},   // its member
+        {"zArchive_DeleteFile", 2, injection},  // the script
+        {"zArchive_AddData", 1, injection},     // the file
+    };
+    for (const auto& [step, call, operation] : faults) {
+        Script script("<S>" + fileEntry("a", "data/1") + "</S>", {{"data/1", ""}});
+        const Fault fault(step, zStatus_NoMemory, call);
+        EXPECT_THAT(raised([&] { script.inject("a", "data/2"); }), IsLocated(operation, zStatus_NoMemory))
+            << step << ' ' << call;
+        EXPECT_THAT(script.output.lines(), ElementsAre(failureLine)) << step << ' ' << call;
+    }
+}
+
+TEST(InjectFile, sharesAMemberBetweenEntriesOfTheSameBytes) {
+    for (const char* content : {"same", ""}) {
+        Script script("<S><File/></S>");
+        script.inject("a", "data/lib", content);
+        script.inject("b", "data/lib", content);
+        EXPECT_EQ(script.member("data/lib"), content);
+        EXPECT_THAT(script.members(), ElementsAre("data/lib", "script.xml"));
+    }
+}
+
+TEST(InjectFile, refusesOtherBytesUnderATakenMemberName) {
+    Script script("<S><File/></S>");
+    script.inject("a", "data/lib", "one");
+    EXPECT_THAT(raised([&] { script.inject("b", "data/lib", "two"); }),
+                IsLocated(injection, zStatus_BadArgument));
+    EXPECT_THAT(script.output.lines(), ElementsAre(failureLine));
+}
+
+// ---- Deleting earlier entries ---------------------------------------------------------------------------
+
+struct Deletion {
+    Ta::Object<void*> archive;
+    std::shared_ptr<StartupScript> script;
+
+    explicit Deletion(const std::string& text)
+        : archive(testing::container({{"script.xml", text}, {"data/1", ""}, {"data/2", ""}})),
+          script(StartupScript::of(archive.get(), "test")) {}
+    zStatus run(const char* name, bool ignoreCase) {
+        return TaVekUtil_DeletePreviousFiles(*script, archive.get(), name, ignoreCase);
+    }
+    std::string text() const { return compact(script->document()); }
+};
+
+TEST(DeletePreviousFiles, regardsLetterCaseWhenAskedTo) {
+    const std::string text = "<S>" + fileEntry("A", "data/1") + fileEntry("a", "data/2") + "</S>";
+    Deletion exact(text);
+    EXPECT_EQ(exact.run("a", false), zStatus_Success);
+    EXPECT_EQ(exact.text(), "<S>" + fileEntry("A", "data/1") + "</S>");
+    EXPECT_TRUE(testing::hasMember(exact.archive.get(), "data/1"));
+
+    Deletion any(text);
+    EXPECT_EQ(any.run("a", true), zStatus_Success);
+    EXPECT_EQ(any.text(), "<S/>");
+    EXPECT_FALSE(testing::hasMember(any.archive.get(), "data/1"));
+}
+
+TEST(DeletePreviousFiles, succeedsWhenNothingMatches) {
+    Deletion none("<S><File/></S>");
+    EXPECT_EQ(none.run("a", true), zStatus_Success);
+    EXPECT_EQ(none.text(), "<S><File/></S>");
+}
+
+TEST(DeletePreviousFiles, deletesElementsOnlyAfterTheWalk) {
+    Deletion twice("<S>" + fileEntry("a", "data/1") + fileEntry("a", "data/2") + "</S>");
+    const Fault fault("zArchive_DeleteFile", zStatus_IoError, 2);
+    EXPECT_THAT(raised([&] { static_cast<void>(twice.run("a", true)); }),
+                IsLocated(deletion, zStatus_IoError));
+    EXPECT_FALSE(testing::hasMember(twice.archive.get(), "data/1")) << "members go at once";
+    EXPECT_EQ(twice.text(), "<S>" + fileEntry("a", "data/1") + fileEntry("a", "data/2") + "</S>");
+}
+
+// ---- Removal --------------------------------------------------------------------------------------------
+
+TEST(RemoveEntry, takesTheFirstOfThatExactNameAndAnswersItsSource) {
+    Script script(
+        "<S>" + fileEntry("A", "data/0") + fileEntry("a", "data/1") + fileEntry("a", "data/2") + "</S>",
+        {{"data/1", "stays"}});
+    EXPECT_EQ(script.remove("a"), "data/1");
+    EXPECT_EQ(script.text(), "<S>" + fileEntry("A", "data/0") + fileEntry("a", "data/2") + "</S>");
+    EXPECT_THAT(script.members(), ElementsAre("data/1", "script.xml"));
+    EXPECT_THAT(script.output.lines(), ElementsAre());
+}
+
+TEST(RemoveEntry, rewritesTheScriptAndLeavesTheBufferAloneWhenNothingMatches) {
+    Script script("<S>" + fileEntry("a", "data/1") + "</S>", {{"data/1", ""}});
+    EXPECT_EQ(script.remove("A"), "(untouched)");
+    EXPECT_EQ(script.text(), "<S>" + fileEntry("a", "data/1") + "</S>");
+    EXPECT_THAT(script.members(), ElementsAre("data/1", "script.xml")) << "written anew";
+}
+
+TEST(RemoveEntry, looksAtFileElementsAlone) {
+    Script script(
+        "<S><Other name='a' source='data/1'/><file name='a' source='data/2'/>"
+        "<File name='a' source='data/3'/></S>");
+    EXPECT_EQ(script.remove("a"), "data/3");
+    EXPECT_EQ(script.remove("a"), "(untouched)");
+}
+
+TEST(RemoveEntry, worksOnAScriptWithoutEntries) {
+    Script script("<S/>");
+    EXPECT_EQ(script.remove("a"), "(untouched)");
+    EXPECT_EQ(script.text(), "<S/>");
+}
+
+TEST(RemoveEntry, endsAtAnUnreadableNameBeforeTheMatch) {
+    const std::string tooLong(256, 'n');
+    for (const std::string& unreadable : {std::string("<File/>"), "<File name='" + tooLong + "'/>",
+                                          "<File name='" + tooLong + tooLong + "'/>"}) {
+        const zStatus status = unreadable == "<File/>" ? zStatus_NotFound : zStatus_DoesNotFit;
+        Script before("<S>" + unreadable + fileEntry("a", "data/1") + "</S>");
+        EXPECT_THAT(raised([&] { before.remove("a"); }), IsLocated(removal, status));
+        EXPECT_EQ(before.text(), "<S>" + compact(unreadable) + fileEntry("a", "data/1") + "</S>");
+        EXPECT_THAT(before.output.lines(), ElementsAre()) << "the caller speaks";
+
+        Script behind("<S>" + fileEntry("a", "data/1") + unreadable + "</S>");
+        EXPECT_EQ(behind.remove("a"), "data/1");
+        EXPECT_THAT(raised([&] { behind.remove("a"); }), IsLocated(removal, status));
+    }
+}
+
+TEST(RemoveEntry, readsNamesAndSourcesOfUpTo255Characters) {
+    const std::string longest(255, 'n');
+    Script script("<S>" + fileEntry(longest, longest) + fileEntry("a", longest + "n") + "</S>");
+    EXPECT_EQ(script.remove(longest), longest);
+    EXPECT_THAT(raised([&] { script.remove("a"); }), IsLocated(removal, zStatus_DoesNotFit));
+
+    Script longer("<S>" + fileEntry(longest + "n", "data/1") + "</S>");
+    EXPECT_THAT(raised([&] { longer.remove(longest + "n"); }), IsLocated(removal, zStatus_DoesNotFit));
+}
+
+TEST(RemoveEntry, needsASource) {
+    Script script("<S><File name='a'/></S>");
+    EXPECT_THAT(raised([&] { script.remove("a"); }), IsLocated(removal, zStatus_NotFound));
+}
+
+TEST(RemoveEntry, needsAScriptThatIsXml) {
+    Script broken("<S>");
+    EXPECT_THAT(raised([&] { broken.remove("a"); }), IsLocated(removal, zStatus_Malformed));
+    broken.archive = testing::container({});
+    EXPECT_THAT(raised([&] { broken.remove("a"); }), IsLocated(removal, zStatus_NotFound));
+}
+
+TEST(RemoveEntry, reportsAFailingDeletion) {
+    Script script("<S>" + fileEntry("a", "data/1") + "</S>");
+    {
+        const Fault fault("zXml_DeleteItem", zStatus_NoMemory);
+        EXPECT_THAT(raised([&] { script.remove("a"); }), IsLocated(removal, zStatus_NoMemory));
+    }
+    const Fault fault("zArchive_DeleteFile", zStatus_NoMemory);
+    EXPECT_THAT(raised([&] { script.remove("none"); }), IsLocated(removal, zStatus_NoMemory));
+}
+
+TEST(RemoveEntry, needsRoomForTheSource) {
+    Script script("<S>" + fileEntry("a", "data/1") + "</S>");
+    char source[1] = {'x'};
+    EXPECT_THAT(raised([&] {
+                    TaVekUtils_ScriptXmlRemoveAndGetSource(script.archive.get(), "a", source, 0, nullptr);
+                }),
+                IsLocated(removal, zStatus_BadArgument));
+}
+
+// ---- The live script ------------------------------------------------------------------------------------
+
+TEST(StartupScript, reportsAFailedSerialisationWhenSomebodyLooks) {
+    Script script("<S><File/></S>");
+    script.inject("a", "data/a");
+    const Fault fault("zXml_SaveBytes", zStatus_NoMemory);
+    EXPECT_FALSE(script.holds("script.xml"));
+}
+
+/// A script of `count` entries.
+std::string scriptOf(int count) {
+    std::string text = "<S>";
+    for (int i = 0; i < count; ++i) text += fileEntry("/user/" + std::to_string(i), "data/host");
+    return text + "</S>";
+}
+
+/// Injects `count` files, every other in the place of an entry of the script, and looks into the script after
+/// each `every`. Answers the saved bytes.
+std::string injectedBytes(int entries, int count, int every) {
+    Script script(scriptOf(entries), {{"before", "1"}, {"behind", "2"}});
+    for (int i = 0; i < count; ++i) {
+        const std::string number = std::to_string(i);
+        script.inject((i % 2 == 0 ? "/USER/" : "/new/") + number, "data/12345-" + number, number);
+        const bool looks = i % every == 0;
+        EXPECT_TRUE(!looks || !script.member("script.xml").empty());
+    }
+    return testing::savedBytes(script.archive.get());
+}
+
+TEST(StartupScript, isTheSameWhetherSomebodyLooksAfterEachEditOrNever) {
+    const std::string unseen = injectedBytes(200, 120, 1000);
+    EXPECT_EQ(unseen, injectedBytes(200, 120, 1));
+}
+
+TEST(StartupScript, isSerialisedOncePerSaveHoweverManyFilesAreInjected) {
+    constexpr int entries = 5000;
+    constexpr int files = 2000;
+    Script script(scriptOf(entries));
+    const std::string file = script.scratch.write("file", "content");
+    const std::size_t before = callsOf("zXml_SaveBytes");
+    for (int i = 0; i < files; ++i) {
+        const std::string number = std::to_string(i);
+        TaVekUtil_InjectFile(file.c_str(), ("data/12345-" + number).c_str(), ("/new/" + number).c_str(),
+                             controllers, script.archive.get());
+    }
+    EXPECT_EQ(callsOf("zXml_SaveBytes") - before, 0u);
+    const std::string saved = testing::savedBytes(script.archive.get());
+    EXPECT_EQ(callsOf("zXml_SaveBytes") - before, 1u);
+    EXPECT_EQ(testing::savedBytes(script.archive.get()), saved);
+}
+
+TEST(StartupScript, isParsedOnceHoweverManyEntriesAreRemoved) {
+    Script script(scriptOf(50));
+    for (int i = 0; i < 50; ++i) EXPECT_EQ(script.remove("/user/" + std::to_string(i)), "data/host");
+    EXPECT_EQ(script.text(), "<S/>");
+}
+
+}  // namespace

@@ -1,0 +1,58 @@
+#include "tests/testing/package_fixture.h"
+
+#include "tests/testing/xml_fixture.h"
+
+namespace testing {
+namespace {
+
+template <std::size_t Capacity>
+void put(Ta::Text<Capacity>& text, const std::string& value) {
+    static_cast<void>(zStrCopy(text.data(), text.capacity(), value.c_str()));
+}
+
+}  // namespace
+
+std::string packageManifest(const PackageSpec& package) {
+    std::string text = "<VekAppPackage><BeVersion>" + package.beVersion + "</BeVersion><VekApp name=\"" +
+                       package.name + "\">";
+    std::string platform;
+    for (const FileSpec& file : package.files) {
+        if (file.platform != platform) {
+            if (!platform.empty()) text += "</Platform>";
+            text += "<Platform name=\"" + file.platform + "\">";
+            platform = file.platform;
+        }
+        text += "<File type=\"" + file.type + "\"><Source>" + file.source + "</Source><Destination>" +
+                file.destination + "</Destination></File>";
+    }
+    if (!platform.empty()) text += "</Platform>";
+    return text + "</VekApp></VekAppPackage>";
+}
+
+std::string writePackage(const ScratchDirectory& scratch, const std::string& name,
+                         const PackageSpec& package) {
+    for (const FileSpec& file : package.files) scratch.write(name + '/' + file.source, file.content);
+    scratch.write(name + "/vek_manifest.xml", packageManifest(package));
+    return scratch.path(name);
+}
+
+AddonPackage loadedPackage(const ScratchDirectory& scratch, const std::string& name,
+                           const PackageSpec& package) {
+    const std::string directory = writePackage(scratch, name, package);
+    AddonPackage loaded;
+    put(loaded.beVersion, package.beVersion);
+    put(loaded.name, package.name);
+    for (const FileSpec& spec : package.files) {
+        PackageFile file;
+        put(file.platform, spec.platform);
+        put(file.type, spec.type);
+        put(file.source, spec.source);
+        put(file.destination, spec.destination);
+        put(file.path, directory + '/' + spec.source);
+        loaded.files.push_back(file);
+    }
+    loaded.manifest = document(packageManifest(package));
+    return loaded;
+}
+
+}  // namespace testing
