@@ -148,7 +148,8 @@ def member(blob, central, offset):
     end = data + packed_size(central)
     descriptor = b""
     if central["flags"] & 8:
-        descriptor = blob[end:end + (16 if blob[end:end + 4] == b"PK\7\x08" else 12)]
+        length = 20 if local["packed"] == 0xFFFFFFFF else 12
+        descriptor = blob[end:end + length + (4 if blob[end:end + 4] == b"PK\7\x08" else 0)]
     return Entry(name, central, local, blob[data:end], descriptor), end + len(descriptor)
 
 
