@@ -26,3 +26,24 @@ std::size_t zStrLength(const char* text);
 /// Formats as printf does. A result that does not fit answers zStatus_DoesNotFit and leaves the buffer empty.
 zStatus zStrPrintf(char* destination, std::size_t capacity, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
+
+namespace Ta {
+
+/// A zero-terminated text in a buffer of `Capacity` characters, terminator included; empty at birth.
+template <std::size_t Capacity>
+class Text {
+  public:
+    char* data() { return characters_; }
+    static constexpr std::size_t capacity() { return Capacity; }
+    const char* c_str() const { return characters_; }
+    bool empty() const { return characters_[0] == '\0'; }
+
+  private:
+    char characters_[Capacity] = {};
+};
+
+/// The two sizes most texts of the tool have: versions, types and platform keys; paths and names.
+using ShortText = Text<32>;
+using PathText = Text<512>;
+
+}  // namespace Ta

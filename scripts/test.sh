@@ -1,0 +1,108 @@
+#!/usr/bin/env bash
+# Runs the checks of the project, all of them or those named on the command line, and installs what they need.
+#
+#   scripts/test.sh                 every check
+#   scripts/test.sh release asan    these alone
+#   scripts/test.sh --list          their names
+#
+# The last line says how many passed and failed; the exit status is 1 when one failed.
+
+# shellcheck source=scripts/lib.sh
+source "$(dirname "$0")/lib.sh"
+cd "$repository"
+
+test_packages=(googletest python3 zip unzip p7zip-full libarchive-tools)
+
+sources() { git ls-files '*.cpp' '*.h'; }
+
+run_tests() { ctest --preset "$1" --parallel "$(nproc)"; }
+
+check_format() {
+    need clang-format
+    sources | xargs clang-format --dry-run -Werror
+}
+
+check_layers() {
+    need python3
+    python3 scripts/check_layers.py
+}
+
+check_scripts() {
+    need shellcheck
+    git ls-files '*.sh' '.ci/run' | xargs shellcheck -x
+}
+
+check_release() {
+    need "${test_packages[@]}"
+    build release
+    run_tests release
+}
+
+check_asan() {
+    need "${test_packages[@]}"
+    build asan
+    run_tests asan
+}
+
+check_clang() {
+    need "${test_packages[@]}" clang
+    build clang
+    run_tests clang
+}
+
+check_tidy() {
+    need "${test_packages[@]}" clang-tidy
+    cmake --preset clang >/dev/null
+    sources | grep -E '^(platform|TaVekUtil|tools)/.*\.cpp$' | grep -v '/windows' |
+        xargs -P "$(nproc)" -n 4 clang-tidy --quiet -p build/clang 2>/dev/null
+}
+
+check_valgrind() {
+    need "${test_packages[@]}" valgrind
+    build debug
+    TAVEK_VALGRIND=1 ctest --preset debug --parallel "$(nproc)" --label-exclude e2e -T memcheck \
+        --overwrite MemoryCheckCommandOptions="--error-exitcode=99 --leak-check=full -q" |
+        tee build/debug/valgrind.log
+    grep -q 'Memory checking results:' build/debug/valgrind.log &&
+        ! sed -n '/Memory checking results:/,$p' build/debug/valgrind.log | grep -qE ' - [0-9]+$'
+}
+
+# Lines of the tool and the layer under it that the tests run; what is below the mark is listed.
+check_coverage() {
+    need "${test_packages[@]}" gcovr
+    build coverage
+    find build/coverage -name '*.gcda' -delete
+    run_tests coverage
+    gcovr --root . --object-directory build/coverage --filter 'platform/' --filter 'TaVekUtil/' \
+        --exclude-unreachable-branches --fail-under-line 95 --print-summary --txt build/coverage/lines.txt
+    grep -E '^(platform|TaVekUtil)/' build/coverage/lines.txt | awk '$4 != "100%"'
+}
+
+check_windows() {
+    need "${test_packages[@]}" g++-mingw-w64-x86-64-posix wine64
+    build windows
+    run_tests windows
+}
+
+checks=(format layers scripts release asan clang tidy valgrind coverage windows)
+
+main() {
+    local chosen=("$@") name status failed=() passed=0
+    [ ${#chosen[@]} -gt 0 ] || chosen=("${checks[@]}")
+    need "${build_packages[@]}" git
+    for name in "${chosen[@]}"; do
+        declare -F "check_$name" >/dev/null || fail "no check is called $name (--list names them)"
+        printf '\n== %s\n' "$name"
+        # Not as a condition, which would let a check go on behind its first failing command.
+        set +e
+        (set -e && check_"$name")
+        status=$?
+        set -e
+        if [ "$status" -eq 0 ]; then passed=$((passed + 1)); else failed+=("$name"); fi
+    done
+    [ ${#failed[@]} -eq 0 ] || printf '\nFailed: %s\n' "${failed[*]}"
+    printf '%d passed, %d failed\n' "$passed" "${#failed[@]}"
+    [ ${#failed[@]} -eq 0 ]
+}
+
+if [ "${1:-}" = --list ]; then printf '%s\n' "${checks[@]}"; else main "$@"; fi
