@@ -56,7 +56,7 @@ class Elements(Configuration):
         self.expect_failed(configuration(stock=["sensor.pkg"]).replace("OutputPrefix", "outputPrefix"), -999)
 
     def test_empty_archive_entries_are_skipped(self):
-        self.expect_archives(configuration(stock=["", "sensor.pkg", "", " \n"]), "sensor.pkg")
+        self.expect_archives(configuration(stock=["", "sensor.pkg", "", " \t"]), "sensor.pkg")
 
     def test_text_is_what_xml_makes_of_it(self):
         self.host_archive("a & b.pkg")

@@ -19,9 +19,10 @@ class Manifest(Scenario):
         contents = self.host_archive(manifest=before)
         self.package("pkgs/new", package, files)
         script_entries = [file("/" + name, "data/12345-" + name, "R2", "R4", "R4-mc") for name in files]
-        contents.put("script.xml", host_script("linux_arm7", *script_entries))
-        for name in files:
+        for name in files[:-1]:
             contents.put("data/12345-" + name, "content of " + name)
+        contents.put("script.xml", host_script("linux_arm7", *script_entries))
+        contents.put("data/12345-" + files[-1], "content of " + files[-1])
         contents.put("vekPackages.xml", after)
         progress = "".join(loaded("linux_arm7", combined("pkgs/new", name)) for name in files)
         self.check_batch(load=["pkgs/new"], files={"Custom-sensor.pkg": contents},

@@ -1,6 +1,7 @@
 """Working through the archives of a batch: progress, results, what a failure leaves."""
 
 import os
+import shutil
 import unittest
 
 from harness import program, zip_builder
@@ -207,7 +208,7 @@ class Failure(Processing):
         if os.getuid() != 0 or os.system(f"mount -t tmpfs -o size=256k tmpfs '{self.path('disk')}' 2>/dev/null") != 0:
             self.skipTest("no right to mount a small file system")
         self.addCleanup(os.system, f"umount '{self.path('disk')}'")
-        os.rename(self.path("pkgs"), self.path("disk/pkgs"))
+        shutil.move(self.path("pkgs"), self.path("disk/pkgs"))
         self.write("disk/sensor.pkg", self.read("sensor.pkg"))
         message = located("TaVekUtil_ModifyVekPkgs", -5, "disk/Custom-sensor.pkg: No space left on device", 983)
         self.check_batch(stock=["disk/sensor.pkg"], load=["disk/pkgs/new"], stderr=archive_failed(message), status=1,

@@ -11,6 +11,10 @@ OMBIX_MODELS = ("TX2", "Xavier NX", "Orin NX", "AGX Orin")
 MODELS = {"linux_arm7": ARM7_MODELS, "linux_arm64": ARM64_MODELS, "ombix": OMBIX_MODELS}
 
 
+# Written as a reference, for the indentation of elements goes by lines.
+LINE_FEED = {"\n": "&#10;"}
+
+
 def indented(text, depth):
     return "".join("  " * depth + line + "\n" for line in text.splitlines())
 
@@ -21,7 +25,7 @@ def element(name, attributes=None, content=None):
     if content is None:
         return f"<{start}/>\n"
     if isinstance(content, str):
-        return f"<{start}>{escape(content)}</{name}>\n"
+        return f"<{start}>{escape(content, LINE_FEED)}</{name}>\n"
     return f"<{start}>\n" + "".join(indented(item, 1) for item in content) + f"</{name}>\n"
 
 
