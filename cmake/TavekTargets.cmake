@@ -1,4 +1,4 @@
-# Settings every target shares, and the two functions that declare targets.
+# Settings every target shares, and the functions that declare targets.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -23,6 +23,7 @@ if(TAVEK_COVERAGE)
   target_link_options(tavek_settings INTERFACE --coverage)
 endif()
 if(WIN32)
+  enable_language(RC)
   # One file, no DLLs of the compiler beside it.
   target_link_options(tavek_settings INTERFACE -static)
   target_compile_definitions(tavek_settings INTERFACE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0A00)
@@ -37,10 +38,26 @@ function(tavek_library name)
   target_link_libraries(${name} PUBLIC tavek_settings ${ARG_USES})
 endfunction()
 
+# tavek_program_resources(NAME DESCRIPTION): gives a program its Windows manifest (UTF-8, long paths, no elevation) and
+# a version resource with the project's version. Nothing on other systems.
+function(tavek_program_resources name description)
+  if(NOT WIN32)
+    return()
+  endif()
+  set(PROGRAM_NAME ${name})
+  set(PROGRAM_DESCRIPTION "${description}")
+  set(resources ${CMAKE_CURRENT_BINARY_DIR}/${name}.rc)
+  configure_file(${PROJECT_SOURCE_DIR}/packaging/windows/program.rc.in ${resources} @ONLY)
+  set_source_files_properties(${resources} PROPERTIES
+    OBJECT_DEPENDS ${PROJECT_SOURCE_DIR}/packaging/windows/program.manifest)
+  target_sources(${name} PRIVATE ${resources})
+endfunction()
+
 # tavek_test(NAME SOURCES... [USES LIBRARY...]): one GoogleTest program, registered with CTest.
 function(tavek_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_USES} tavek_testing GTest::gmock_main)
+  tavek_program_resources(${name} "Tests of ${PROJECT_NAME}")
   add_test(NAME ${name} COMMAND ${name})
 endfunction()

@@ -2,6 +2,7 @@
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 
+set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)  # the test framework's project asks for one
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 
@@ -10,7 +11,8 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 
-find_program(WINE NAMES wine64 wine PATHS /usr/lib/wine)
+find_program(WINE NAMES wine64 PATHS /usr/lib/wine)
 if(WINE)
-  set(CMAKE_CROSSCOMPILING_EMULATOR ${WINE})
+  # A Windows of its own for each build directory, without Wine's chatter.
+  set(CMAKE_CROSSCOMPILING_EMULATOR env WINEDEBUG=-all WINEPREFIX=${CMAKE_BINARY_DIR}/wine ${WINE})
 endif()

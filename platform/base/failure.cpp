@@ -43,8 +43,7 @@ zStatus record(std::error_code error, std::string_view subject) {
     begin(meansAbsent(error) ? zStatus_NotFound : zStatus_IoError);
     append(subject);
     append(": ");
-    // The portable condition has one wording on every system; only what has none keeps the system's own.
-    append(error.default_error_condition().message());
+    append(error.message());
     return last.status;
 }
 

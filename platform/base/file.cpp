@@ -76,6 +76,7 @@ zStatus zFile_Load(const char* path, void** data, std::size_t* size, const zAllo
         block.grow(static_cast<std::size_t>(file.size()) + 1, 0);
         std::size_t used = 0;
         if (std::error_code error = readAll(file, block, used)) return failure::record(error, path);
+        block.data()[used] = '\0';  // the end was seen with room to spare
         *data = block.handOut();
         *size = used;
         return zStatus_Success;

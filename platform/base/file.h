@@ -9,7 +9,8 @@
 /// when there is no such file and zStatus_IoError for whatever else the system refuses.
 
 /// Reads the file `path` whole into a new block of `allocator` (null: the application allocator), which then
-/// belongs to the caller; `size` is its length in bytes. `data` is null after a failure.
+/// belongs to the caller; `size` is its length in bytes, a zero byte that does not count stands behind them.
+/// `data` is null after a failure.
 zStatus zFile_Load(const char* path, void** data, std::size_t* size, const zAllocator* allocator);
 
 /// Copies the file `source` to `destination`, replacing what is there. The copy appears complete or not at

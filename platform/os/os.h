@@ -9,11 +9,12 @@
 #include <system_error>
 #include <vector>
 
-/// Everything that differs between operating systems: the one header, implemented by posix.cpp and
-/// windows.cpp.
+/// Everything that differs between operating systems: the one header, implemented by the sources posix_*.cpp
+/// and windows_*.cpp.
 ///
 /// Paths are UTF-8 and may use `/` and `\` on every system. An operation that fails answers the system's
-/// error code; `code == std::errc::no_such_file_or_directory` and the like compare alike on every system.
+/// error code; `code == std::errc::no_such_file_or_directory` and the like compare alike on every system, and
+/// what has the same meaning has the same English message.
 /// Operations that take an out parameter leave it alone when they fail. Memory shortage throws
 /// std::bad_alloc; nothing else is thrown.
 namespace os {

@@ -14,7 +14,7 @@
 /// terminator included; a value that does not fit answers zStatus_DoesNotFit. No operation throws.
 
 namespace xml {
-class Item;
+struct Item;
 }
 
 /// An element of a document, null for none. Valid while its document lives; the handle of a deleted item

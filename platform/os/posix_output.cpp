@@ -1,0 +1,167 @@
+// Writing on POSIX systems: a temporary file beside the target that is renamed over it.
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+
+#include "platform/os/os.h"
+#include "platform/os/posix_api.h"
+
+namespace os {
+
+using posix::Descriptor;
+using posix::directoryOf;
+using posix::isKind;
+using posix::lastError;
+using posix::native;
+using posix::retried;
+
+struct OutputFile::State {
+    Descriptor file;
+    std::string target;     // where the content belongs, symbolic links resolved
+    std::string temporary;  // "" when the target is written directly
+    bool replaces = false;
+    struct stat replaced {};
+
+    ~State() {
+        if (!temporary.empty()) ::unlink(temporary.c_str());
+    }
+};
+
+namespace {
+
+/// Follows the symbolic link `target`, which leads to nothing yet, to the place it stands for.
+std::error_code followDanglingLink(std::string& target) {
+    constexpr int maximumLinks = 40;
+    for (int links = 0; links < maximumLinks; ++links) {
+        std::string destination(PATH_MAX, '\0');
+        const ssize_t length = ::readlink(target.c_str(), destination.data(), destination.size());
+        if (length < 0) return errno == EINVAL || errno == ENOENT ? std::error_code{} : lastError();
+        destination.resize(static_cast<std::size_t>(length));
+        target = isAbsolute(destination) ? destination : directoryOf(target) + '/' + destination;
+    }
+    return std::make_error_code(std::errc::too_many_symbolic_link_levels);
+}
+
+/// The name without symbolic links of the existing file `target`.
+std::error_code followLinks(std::string& target) {
+    const std::unique_ptr<char, void (*)(void*)> resolved(::realpath(target.c_str(), nullptr), std::free);
+    if (!resolved) return lastError();
+    target = resolved.get();
+    return {};
+}
+
+/// Creates a file of a name that is nobody else's beside `target`.
+std::error_code createTemporary(const std::string& target, mode_t mode, Descriptor& file, std::string& name) {
+    static std::atomic<unsigned> serial{0};
+    for (;;) {
+        std::string candidate = directoryOf(target) + "/.tavek-" + std::to_string(::getpid()) + '-' +
+                                std::to_string(serial++) + ".tmp";
+        file.reset(retried(
+            [&] { return ::open(candidate.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode); }));
+        if (file.valid()) {
+            name = std::move(candidate);
+            return {};
+        }
+        if (errno != EEXIST) return lastError();
+    }
+}
+
+/// Opens the pipe or device `target` itself.
+std::error_code openDirectly(const std::string& target, Descriptor& file) {
+    file.reset(retried([&] { return ::open(target.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC); }));
+    return file.valid() ? std::error_code{} : lastError();
+}
+
+/// The permission bits that a new file made after `model` gets; those of any new file when there is no model.
+mode_t modeLike(const std::string& model) {
+    struct stat status {};
+    return !model.empty() && ::stat(model.c_str(), &status) == 0 ? status.st_mode & 0777 : 0666;
+}
+
+/// Gives the new file the owner and permissions of the one it replaces. An owner that this user may not give
+/// files to is no failure; the permissions are then kept all the same, but not the right to run as the owner,
+/// who is another now.
+std::error_code takeOver(int file, const struct stat& replaced) {
+    constexpr mode_t everyBit = 07777;
+    constexpr mode_t accessBits = 0777;
+    const bool sameOwner = ::fchown(file, replaced.st_uid, replaced.st_gid) == 0;
+    if (!sameOwner && errno != EPERM) return lastError();
+    const mode_t mode = replaced.st_mode & (sameOwner ? everyBit : accessBits);
+    return ::fchmod(file, mode) == 0 ? std::error_code{} : lastError();
+}
+
+/// Makes a rename in `directory` outlast a power cut, as far as the directory can be opened and flushed.
+std::error_code flushDirectory(const std::string& directory) {
+    const Descriptor opened(
+        retried([&] { return ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    if (!opened.valid()) return errno == EACCES ? std::error_code{} : lastError();
+    if (retried([&] { return ::fsync(opened.get()); }) == 0 || errno == EINVAL) return {};
+    return lastError();
+}
+
+}  // namespace
+
+OutputFile::OutputFile() = default;
+OutputFile::~OutputFile() = default;
+OutputFile::OutputFile(OutputFile&&) noexcept = default;
+OutputFile& OutputFile::operator=(OutputFile&&) noexcept = default;
+
+std::error_code OutputFile::open(const std::string& target) {
+    return openLike(target, "");
+}
+
+std::error_code OutputFile::openLike(const std::string& target, const std::string& model) {
+    // Without this the temporary file of the empty text would go to the working directory.
+    if (target.empty()) return std::make_error_code(std::errc::no_such_file_or_directory);
+    auto opened = std::make_unique<State>();
+    opened->target = native(target);
+    opened->replaces = ::stat(opened->target.c_str(), &opened->replaced) == 0;
+    if (!opened->replaces && errno != ENOENT) return lastError();
+
+    if (opened->replaces && isKind(opened->replaced, S_IFDIR)) {
+        return std::make_error_code(std::errc::is_a_directory);
+    }
+    std::error_code error;
+    if (opened->replaces && !isKind(opened->replaced, S_IFREG)) {
+        error = openDirectly(opened->target, opened->file);
+    } else {
+        error = opened->replaces ? followLinks(opened->target) : followDanglingLink(opened->target);
+        const mode_t mode = opened->replaces ? 0600 : modeLike(native(model));
+        if (!error) error = createTemporary(opened->target, mode, opened->file, opened->temporary);
+    }
+    if (!error) state = std::move(opened);
+    return error;
+}
+
+std::error_code OutputFile::write(const void* bytes, std::size_t size) {
+    const char* next = static_cast<const char*>(bytes);
+    while (size > 0) {
+        const ssize_t written = retried([&] { return ::write(state->file.get(), next, size); });
+        if (written < 0) return lastError();
+        next += written;
+        size -= static_cast<std::size_t>(written);
+    }
+    return {};
+}
+
+std::error_code OutputFile::commit() {
+    const std::unique_ptr<State> finished = std::move(state);
+    if (finished->temporary.empty()) return finished->file.close();
+
+    if (finished->replaces) {
+        if (std::error_code error = takeOver(finished->file.get(), finished->replaced)) return error;
+    }
+    if (retried([&] { return ::fsync(finished->file.get()); }) != 0) return lastError();
+    if (std::error_code error = finished->file.close()) return error;
+    if (::rename(finished->temporary.c_str(), finished->target.c_str()) != 0) return lastError();
+    finished->temporary.clear();
+    return flushDirectory(directoryOf(finished->target));
+}
+
+}  // namespace os

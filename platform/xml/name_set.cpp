@@ -1,0 +1,63 @@
+#include "platform/xml/name_set.h"
+
+#include <cstring>
+#include <random>
+#include <utility>
+
+namespace xml {
+namespace {
+
+std::uint64_t mixed(std::uint64_t value) {
+    value = (value ^ (value >> 32)) * 0xD6E8FEB86659FD93u;
+    value = (value ^ (value >> 29)) * 0xA0761D6478BD642Fu;
+    return value ^ (value >> 32);
+}
+
+/// Keyed, so that nobody can write a document whose names collide.
+std::uint64_t hash(std::string_view name, std::uint64_t seed) {
+    std::uint64_t value = seed ^ name.size();
+    while (!name.empty()) {
+        std::uint64_t word = 0;
+        const std::size_t count = name.size() < sizeof word ? name.size() : sizeof word;
+        std::memcpy(&word, name.data(), count);
+        value = mixed(value + word) ^ seed;
+        name.remove_prefix(count);
+    }
+    return mixed(value);
+}
+
+}  // namespace
+
+bool NameSet::addToTable(std::string_view name) {
+    if (count_ == few) {
+        std::random_device random;
+        if (seed_ == 0) seed_ = (std::uint64_t{random()} << 32 | random()) | 1;
+        table_.assign(8 * few, {});
+        for (std::string_view early : names_) insert(early);
+    }
+    if (2 * count_ >= table_.size()) growTable();
+    if (!insert(name)) return false;
+    ++count_;
+    return true;
+}
+
+bool NameSet::insert(std::string_view name) {
+    const std::size_t mask = table_.size() - 1;
+    for (std::size_t slot = hash(name, seed_) & mask;; slot = (slot + 1) & mask) {
+        if (table_[slot].empty()) {
+            table_[slot] = name;
+            return true;
+        }
+        if (table_[slot] == name) return false;
+    }
+}
+
+void NameSet::growTable() {
+    std::vector<std::string_view> small(4 * table_.size());
+    std::swap(small, table_);
+    for (std::string_view name : small) {
+        if (!name.empty()) insert(name);
+    }
+}
+
+}  // namespace xml

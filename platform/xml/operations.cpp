@@ -1,0 +1,127 @@
+// Reading and changing texts, attributes and elements.
+
+#include "platform/xml/operations.h"
+
+#include <string>
+
+#include "platform/base/failure.h"
+#include "platform/xml/characters.h"
+#include "platform/xml/editing.h"
+#include "platform/xml/values.h"
+
+namespace {
+
+using namespace xml;
+
+std::string quoted(std::string_view text) {
+    return '"' + std::string(text) + '"';
+}
+
+/// Copies `text`, zero-terminated, when it fits; leaves `buffer` alone when not.
+zStatus fill(char* buffer, std::size_t capacity, std::string_view text, const std::string& what) {
+    if (text.size() < capacity) {
+        buffer[text.copy(buffer, text.size())] = '\0';
+        return zStatus_Success;
+    }
+    return failure::record(zStatus_DoesNotFit, what + " needs " + std::to_string(text.size()) + " bytes, " +
+                                                   std::to_string(capacity - 1) + " are allowed");
+}
+
+zStatus refuseBuffer() {
+    return failure::record(zStatus_BadArgument, "the buffer has no room for a text");
+}
+
+zStatus readText(const Item& item, char* buffer, std::size_t capacity) {
+    TextReader reader;
+    eachOfContent(item, [&](std::string_view text) { reader.read(text); });
+    const std::string_view text = isBlank(reader.text()) ? std::string_view() : reader.text();
+    return fill(buffer, capacity, text, "the text of <" + std::string(item.name()) + ">");
+}
+
+/// Runs an edit of a living item.
+template <typename Change>
+zStatus change(zHandle document, Item* item, Change edit) {
+    if (documentOf(document) == nullptr) return refuseDocument();
+    if (item == nullptr) return refuseItem();
+    return failure::guarded([&] { return edit(*documentOf(document), *item); });
+}
+
+}  // namespace
+
+zStatus zXml_ItemText(zHandle document, zXmlItem item, char* buffer, std::size_t capacity) {
+    if (buffer == nullptr || capacity == 0) return refuseBuffer();
+    buffer[0] = '\0';
+    const Item* source = livingItem(document, item);
+    if (source == nullptr) return refuseItem();
+    return failure::guarded([&] { return readText(*source, buffer, capacity); });
+}
+
+zStatus zXml_ChildText(zHandle document, zXmlItem parent, const char* name, char* buffer,
+                       std::size_t capacity) {
+    if (buffer == nullptr || capacity == 0) return refuseBuffer();
+    buffer[0] = '\0';
+    zXmlItem child = nullptr;
+    const zStatus status = zXml_FindChild(document, parent, name, &child);
+    return status == zStatus_Success ? zXml_ItemText(document, child, buffer, capacity) : status;
+}
+
+zStatus zXml_AttrText(zHandle document, zXmlItem item, const char* name, char* buffer, std::size_t capacity) {
+    if (buffer == nullptr || capacity == 0) return refuseBuffer();
+    if (name == nullptr) return refuseNull("the name");
+    const Item* source = livingItem(document, item);
+    if (source == nullptr) return refuseItem();
+    return failure::guarded([&] {
+        Attribute attribute;
+        if (findAttribute(startTag(*source), name, attribute)) {
+            const std::string value = readValue(attribute.value);
+            if (value.size() < capacity) return fill(buffer, capacity, value, {});
+            return fill(buffer, capacity, value,
+                        "the attribute " + quoted(name) + " of <" + std::string(source->name()) + ">");
+        }
+        return failure::record(zStatus_NotFound,
+                               "<" + std::string(source->name()) + "> has no attribute " + quoted(name));
+    });
+}
+
+zStatus zXml_AddItem(zHandle document, zXmlItem parent, const char* name, zXmlItem* item) {
+    if (item != nullptr) *item = nullptr;
+    if (name == nullptr) return refuseNull("the name");
+    return change(document, livingParent(document, parent), [&](Document& target, Item& place) {
+        Item* added = nullptr;
+        const zStatus status = addItem(target, place, name, &added);
+        if (item != nullptr) *item = added;
+        return status;
+    });
+}
+
+zStatus zXml_SetItemText(zHandle document, zXmlItem item, const char* text) {
+    if (text == nullptr) return refuseNull("the text");
+    return change(document, livingItem(document, item),
+                  [&](Document& target, Item& changed) { return setItemText(target, changed, text); });
+}
+
+zStatus zXml_SetAttrText(zHandle document, zXmlItem item, const char* name, const char* text) {
+    if (name == nullptr) return refuseNull("the name");
+    if (text == nullptr) return refuseNull("the text");
+    return change(document, livingItem(document, item),
+                  [&](Document& target, Item& changed) { return setAttribute(target, changed, name, text); });
+}
+
+zStatus zXml_CopyItem(zHandle document, zXmlItem parent, zXmlItem before, zHandle sourceDocument,
+                      zXmlItem sourceItem, zXmlItem* copy) {
+    if (copy != nullptr) *copy = nullptr;
+    const Item* source = livingItem(sourceDocument, sourceItem);
+    if (source == nullptr) return documentOf(sourceDocument) == nullptr ? refuseDocument() : refuseItem();
+    return change(document, livingParent(document, parent), [&](Document& target, Item& place) {
+        if (before != nullptr && (!target.holds(before) || before->parent != &place)) return refuseItem();
+        Item* copied = nullptr;
+        const zStatus status = copyItem(target, place, before, *source, &copied);
+        if (copy != nullptr) *copy = copied;
+        return status;
+    });
+}
+
+zStatus zXml_DeleteItem(zHandle document, zXmlItem item) {
+    return change(document, livingItem(document, item),
+                  [](Document& target, Item& deleted) { return deleteItem(target, deleted); });
+}
