@@ -3,7 +3,7 @@
 from harness import documents
 from harness.documents import unified_manifest
 from harness.messages import batch_failed, extraction_failed, loaded, processing, saving, unchanged
-from harness.patterns import anything
+from harness.patterns import containing
 from harness.program import combined
 from harness.scenario import Scenario
 
@@ -86,50 +86,121 @@ class Modes(Scenario):
         return {"m.xml": unified_manifest(platform)}
 
     def test_nothing_usable_given(self):
-        for words in (["stray"], ["--archive", "a.pkg"], ["--manifest", "m.xml"], ["--file", "lib.so"],
-                      ["--file", "lib.so", "--manifest", "m.xml"], ["--platform", "win"], ["-v", "x"], [""],
-                      ["--archive", "", "--manifest", "m.xml"]):
+        for words in (
+            ["stray"],
+            ["--archive", "a.pkg"],
+            ["--manifest", "m.xml"],
+            ["--file", "lib.so"],
+            ["--file", "lib.so", "--manifest", "m.xml"],
+            ["--platform", "win"],
+            ["-v", "x"],
+            [""],
+            ["--archive", "", "--manifest", "m.xml"],
+        ):
             self.check(*words, stdout=USAGE, stderr=NO_FLAGS, status=1)
 
     def test_the_manifest_goes_before_the_library(self):
-        self.check("--file", "lib.so", "--archive", "a.pkg", "--manifest", "m.xml",
-                   stdout="Manifest saved at m.xml\n", files=self.manifest_of())
+        self.check(
+            "--file",
+            "lib.so",
+            "--archive",
+            "a.pkg",
+            "--manifest",
+            "m.xml",
+            stdout="Manifest saved at m.xml\n",
+            files=self.manifest_of(),
+        )
 
     def test_an_empty_manifest_name_counts_as_not_given(self):
         self.check("--manifest", "", "--file", "lib.so", "--archive", "a.pkg", files={"a.pkg": None})
 
     def test_an_empty_configuration_name_counts_as_not_given(self):
-        self.check("--config", "", "--archive", "a.pkg", "--manifest", "m.xml",
-                   stdout="Manifest saved at m.xml\n", files=self.manifest_of())
+        self.check(
+            "--config",
+            "",
+            "--archive",
+            "a.pkg",
+            "--manifest",
+            "m.xml",
+            stdout="Manifest saved at m.xml\n",
+            files=self.manifest_of(),
+        )
 
     def test_the_later_of_two_values_wins(self):
-        self.check("--archive", "missing.pkg", "--manifest", "x.xml", "--archive", "a.pkg", "--manifest", "m.xml",
-                   stdout="Manifest saved at m.xml\n", files=self.manifest_of())
+        self.check(
+            "--archive",
+            "missing.pkg",
+            "--manifest",
+            "x.xml",
+            "--archive",
+            "a.pkg",
+            "--manifest",
+            "m.xml",
+            stdout="Manifest saved at m.xml\n",
+            files=self.manifest_of(),
+        )
 
     def test_stray_words_and_unknown_flags_are_passed_over(self):
-        self.check("stray", "-v", "x", "--archive", "a.pkg", "y", "--manifest", "m.xml", "z",
-                   stdout="Manifest saved at m.xml\n", files=self.manifest_of())
+        self.check(
+            "stray",
+            "-v",
+            "x",
+            "--archive",
+            "a.pkg",
+            "y",
+            "--manifest",
+            "m.xml",
+            "z",
+            stdout="Manifest saved at m.xml\n",
+            files=self.manifest_of(),
+        )
 
     def test_a_flag_name_as_the_value_of_an_unknown_flag_is_no_value(self):
         self.check("-v", "--archive", "a.pkg", stdout=USAGE, stderr=no_value("-v"), status=1)
 
     def test_the_platform_matters_in_batch_mode_only(self):
         for platform in ("win", "nonsense"):
-            self.check("--platform", platform, "--archive", "a.pkg", "--manifest", "m.xml",
-                       stdout="Manifest saved at m.xml\n", files=self.manifest_of())
+            self.check(
+                "--platform",
+                platform,
+                "--archive",
+                "a.pkg",
+                "--manifest",
+                "m.xml",
+                stdout="Manifest saved at m.xml\n",
+                files=self.manifest_of(),
+            )
 
     def test_an_archive_name_is_cut_to_511_characters(self):
         name = "./" * 255 + "a"
         self.host_archive("a")
-        self.check("--archive", name + "x" * 89, "--manifest", "m.xml", stdout="Manifest saved at m.xml\n",
-                   files=self.manifest_of())
-        self.check("--archive", "./" * 255 + "b" + "x" * 89, "--manifest", "m2.xml", status=1,
-                   stderr=extraction_failed("Path not found: " + "./" * 255 + "b"))
+        self.check(
+            "--archive",
+            name + "x" * 89,
+            "--manifest",
+            "m.xml",
+            stdout="Manifest saved at m.xml\n",
+            files=self.manifest_of(),
+        )
+        self.check(
+            "--archive",
+            "./" * 255 + "b" + "x" * 89,
+            "--manifest",
+            "m2.xml",
+            status=1,
+            stderr=extraction_failed("Path not found: " + "./" * 255 + "b"),
+        )
 
     def test_a_manifest_name_is_cut_to_511_characters(self):
         name = "./" * 255 + "m"
-        self.check("--archive", "a.pkg", "--manifest", name + "x" * 89, stdout=f"Manifest saved at {name}\n",
-                   files={"m": unified_manifest("linux_arm7")})
+        self.check(
+            "--archive",
+            "a.pkg",
+            "--manifest",
+            name + "x" * 89,
+            stdout=f"Manifest saved at {name}\n",
+            files={"m": unified_manifest("linux_arm7")},
+        )
 
     def test_a_library_name_is_cut_to_511_characters(self):
         self.write("l", "library")
@@ -150,8 +221,19 @@ class BatchMode(Scenario):
         self.check("-v", "x", "--config", "c.xml", stdout=self.nothing_done)
 
     def test_it_goes_before_the_other_modes(self):
-        self.check("--config", "c.xml", "--platform", "all", "--archive", "sensor.pkg", "--manifest", "m.xml",
-                   "--file", "lib.so", stdout=self.nothing_done)
+        self.check(
+            "--config",
+            "c.xml",
+            "--platform",
+            "all",
+            "--archive",
+            "sensor.pkg",
+            "--manifest",
+            "m.xml",
+            "--file",
+            "lib.so",
+            stdout=self.nothing_done,
+        )
 
     def test_every_platform_is_accepted(self):
         for platform in ("all", "ombix", "linux_arm7", "linux_arm64", "win", ""):
@@ -159,16 +241,33 @@ class BatchMode(Scenario):
 
     def test_the_platform_is_all_when_none_is_given(self):
         for given in ([], ["--platform", ""], ["--platform", "all"]):
-            self.package("pkgs/alpha", documents.package_manifest(
-                "Alpha", documents.platform("linux_arm7", documents.entry("VekApp", "a.so", "/a.so"))), ["a.so"])
-            self.write("host/bin/win64/c.xml", documents.configuration("Custom", ["sensor.pkg"], ["pkgs/alpha"]))
-            self.check("--config", "c.xml", *given, files={"Custom-sensor.pkg": None},
-                       stdout=processing("sensor.pkg") + loaded("linux_arm7", combined("pkgs/alpha", "a.so"))
-                       + saving("Custom-sensor.pkg"))
+            self.package(
+                "pkgs/alpha",
+                documents.package_manifest(
+                    "Alpha", documents.platform("linux_arm7", documents.entry("VekApp", "a.so", "/a.so"))
+                ),
+                ["a.so"],
+            )
+            self.write(
+                "host/bin/win64/c.xml", documents.configuration("Custom", ["sensor.pkg"], ["pkgs/alpha"])
+            )
+            self.check(
+                "--config",
+                "c.xml",
+                *given,
+                files={"Custom-sensor.pkg": None},
+                stdout=processing("sensor.pkg")
+                + loaded("linux_arm7", combined("pkgs/alpha", "a.so"))
+                + saving("Custom-sensor.pkg"),
+            )
 
     def test_other_platforms_are_refused_before_anything_is_read(self):
         for platform in ("Ombix", "OMBIX", "linux", "linux_arm7 ", "Win", "linux_arm7x", "x" * 600):
-            self.check("--config", "missing.xml", "--platform", platform, stdout=USAGE, stderr=BAD_PLATFORM, status=1)
+            self.check(
+                "--config", "missing.xml", "--platform", platform, stdout=USAGE, stderr=BAD_PLATFORM, status=1
+            )
 
     def test_a_failed_mode_gives_status_1_without_the_usage(self):
-        self.check("--config", "missing.xml", stderr=batch_failed(anything(), "missing.xml"), status=1)
+        self.check(
+            "--config", "missing.xml", stderr=batch_failed(containing("missing.xml"), "missing.xml"), status=1
+        )

@@ -4,8 +4,16 @@ import os
 import unittest
 
 from harness.documents import entry, package_manifest, platform
-from harness.messages import (DISCOVERY_FAILED, NOTHING_TO_PROCESS, NO_STOCK, archive_failed, loaded, processing, saving,
-                              unchanged)
+from harness.messages import (
+    DISCOVERY_FAILED,
+    NOTHING_TO_PROCESS,
+    NO_STOCK,
+    archive_failed,
+    loaded,
+    processing,
+    saving,
+    unchanged,
+)
 from harness.program import ABNORMAL_END, ON_WINDOWS, SEPARATOR, combined, native
 from harness.scenario import Scenario
 
@@ -27,8 +35,22 @@ class Found(Discovery):
     def test_by_the_beginning_of_their_name_and_their_extension(self):
         for name in ("14-2.dat", "0-base.dat", "140.dat", "14.dat", "0-.dat"):
             self.host_archive("host/pkg/" + name)
-        for name in ("1-x.dat", "01.dat", "14-2.bin", "14-2.dat.bak", "04.dat", "15-1.dat", "14", "0-", "14-2.DAT", "x14-2.dat",
-                     " 14-2.dat", "14dat", "14-2.dat.", ".dat"):
+        for name in (
+            "1-x.dat",
+            "01.dat",
+            "14-2.bin",
+            "14-2.dat.bak",
+            "04.dat",
+            "15-1.dat",
+            "14",
+            "0-",
+            "14-2.DAT",
+            "x14-2.dat",
+            " 14-2.dat",
+            "14dat",
+            "14-2.dat.",
+            ".dat",
+        ):
             if not (ON_WINDOWS and name in ("14-2.DAT", "14-2.dat.")):
                 self.write("host/pkg/" + name, "never opened")
         self.expect_found("0-.dat", "0-base.dat", "14-2.dat", "14.dat", "140.dat")
@@ -52,9 +74,15 @@ class Found(Discovery):
         own = entry("VekApp", "a.so", "/a")
         self.host_archive("host/pkg/14-2.dat")
         self.package("pkgs/new", package_manifest("New", platform("linux_arm7", own)), ["a.so"])
-        self.check_batch(stock=None, load=["pkgs/new"], files={"host/pkg/Custom-14-2.dat": None},
-                         stdout=NO_STOCK + processing(self.stock("14-2.dat")) + loaded("linux_arm7", combined("pkgs/new", "a.so"))
-                         + saving(self.stock("Custom-14-2.dat")))
+        self.check_batch(
+            stock=None,
+            load=["pkgs/new"],
+            files={"host/pkg/Custom-14-2.dat": None},
+            stdout=NO_STOCK
+            + processing(self.stock("14-2.dat"))
+            + loaded("linux_arm7", combined("pkgs/new", "a.so"))
+            + saving(self.stock("Custom-14-2.dat")),
+        )
 
     @unittest.skipIf(ON_WINDOWS, "no links there")
     def test_links_to_files_count(self):
@@ -73,8 +101,12 @@ class Found(Discovery):
         self.host_archive("host/pkg/14-2.dat")
         path = self.stock("14-1.dat")
         self.archive("host/pkg/14-1.dat", "<Startup/>")
-        self.check_batch(stock=None, stdout=NO_STOCK + processing(path), status=1,
-                         stderr=archive_failed("Could not determine platform"))
+        self.check_batch(
+            stock=None,
+            stdout=NO_STOCK + processing(path),
+            status=1,
+            stderr=archive_failed("Could not determine platform"),
+        )
 
 
 class NoneFound(Discovery):
@@ -98,12 +130,23 @@ class NoneFound(Discovery):
 
     def test_packages_are_never_looked_at(self):
         os.makedirs(self.path("host/pkg"))
-        self.check_batch(stock=None, load=["missing.tar", ""], remove=["x" * 512], stdout=NO_STOCK, stderr=NOTHING_TO_PROCESS,
-                         status=ABNORMAL_END)
+        self.check_batch(
+            stock=None,
+            load=["missing.tar", ""],
+            remove=["x" * 512],
+            stdout=NO_STOCK,
+            stderr=NOTHING_TO_PROCESS,
+            status=ABNORMAL_END,
+        )
 
     @unittest.skipIf(ON_WINDOWS, "no such permissions there")
     def test_a_directory_that_may_not_be_read(self):
         self.host_archive("host/pkg/14-2.dat")
         os.chmod(self.path("host/pkg"), 0o111)
-        self.check_batch(stock=None, stdout=NO_STOCK, stderr=DISCOVERY_FAILED + NOTHING_TO_PROCESS, status=ABNORMAL_END,
-                         unprivileged=True)
+        self.check_batch(
+            stock=None,
+            stdout=NO_STOCK,
+            stderr=DISCOVERY_FAILED + NOTHING_TO_PROCESS,
+            status=ABNORMAL_END,
+            unprivileged=True,
+        )

@@ -5,8 +5,8 @@ import unittest
 
 from harness.documents import app, entry, unified_manifest
 from harness.executable import executable
-from harness.messages import extraction_failed, refused
-from harness.patterns import containing, located
+from harness.messages import extraction_failed, no_file, refused
+from harness.patterns import located
 from harness.program import ON_WINDOWS
 from harness.scenario import EXECUTABLE_PATH, Scenario
 
@@ -16,7 +16,9 @@ class Extraction(Scenario):
         self.check("--archive", archive, "--manifest", name, **expected)
 
     def expect_saved(self, manifest, archive="sensor.pkg", name="m.xml"):
-        self.extract(archive, name, stdout=f"Manifest saved at {name}\n", files={os.path.normpath(name): manifest})
+        self.extract(
+            archive, name, stdout=f"Manifest saved at {name}\n", files={os.path.normpath(name): manifest}
+        )
 
     def expect_failed(self, message, stdout="", archive="sensor.pkg", name="m.xml", **options):
         self.extract(archive, name, stdout=stdout, stderr=extraction_failed(message), status=1, **options)
@@ -29,7 +31,9 @@ class Saved(Extraction):
             self.expect_saved(unified_manifest(platform))
 
     def test_a_manifest_in_the_archive_is_given_byte_for_byte(self):
-        manifest = unified_manifest("linux_arm7", app("Alpha", entry("VekApp", "a.so", "/user/a.so")), be_version="1.0")
+        manifest = unified_manifest(
+            "linux_arm7", app("Alpha", entry("VekApp", "a.so", "/user/a.so")), be_version="1.0"
+        )
         manifest = manifest.replace("\n", "\r\n").replace("<VekApp ", "<!-- kept --><VekApp\t")
         self.host_archive(manifest=manifest)
         self.expect_saved(manifest.encode())
@@ -71,7 +75,9 @@ class Saved(Extraction):
     @unittest.skipIf(ON_WINDOWS, "no such device there")
     def test_a_device_is_written_directly(self):
         self.host_archive()
-        self.extract(name="/dev/stdout", stdout=unified_manifest("linux_arm7") + "Manifest saved at /dev/stdout\n")
+        self.extract(
+            name="/dev/stdout", stdout=unified_manifest("linux_arm7") + "Manifest saved at /dev/stdout\n"
+        )
         self.extract(name="/dev/null", stdout="Manifest saved at /dev/null\n")
 
 
@@ -81,11 +87,13 @@ class Failure(Extraction):
 
     def test_no_container(self):
         self.write("sensor.pkg", "plain text, and long enough for an end record")
-        self.expect_failed("Invalid Archive Path: sensor.pkg", stdout=refused(containing("sensor.pkg")))
+        self.expect_failed(
+            "Invalid Archive Path: sensor.pkg", stdout=refused("sensor.pkg: no end record: not a ZIP archive")
+        )
 
     def test_a_directory_that_does_not_exist(self):
         self.host_archive()
-        self.expect_failed(located("extractManifest", -999, "out/m.xml: No such file or directory", 1329), name="out/m.xml")
+        self.expect_failed(located("extractManifest", -999, no_file("out/m.xml"), 1329), name="out/m.xml")
 
     def test_a_directory_for_a_file(self):
         self.host_archive()
@@ -95,7 +103,9 @@ class Failure(Extraction):
     @unittest.skipIf(ON_WINDOWS, "no such device there")
     def test_a_full_disk(self):
         self.host_archive()
-        self.expect_failed(located("extractManifest", -5, "/dev/full: No space left on device", 1329), name="/dev/full")
+        self.expect_failed(
+            located("extractManifest", -5, "/dev/full: No space left on device", 1329), name="/dev/full"
+        )
 
     @unittest.skipIf(ON_WINDOWS, "no such limit there")
     def test_a_full_disk_leaves_the_old_file(self):
@@ -106,4 +116,6 @@ class Failure(Extraction):
     @unittest.skipIf(ON_WINDOWS, "no such permissions there")
     def test_a_directory_that_may_not_be_written(self):
         self.host_archive()
-        self.expect_failed(located("extractManifest", -5, "m.xml: Permission denied", 1329), unprivileged=True)
+        self.expect_failed(
+            located("extractManifest", -5, "m.xml: Permission denied", 1329), unprivileged=True
+        )

@@ -43,13 +43,28 @@ class Archives(unittest.TestCase):
 
     def differences(self, **change):
         fields = {"name": "b", "data": b"2", "comment": b"c", "extra": b"UT\0\0"} | change
-        return Contents(zip_builder.build(self.members)).differences(zip_builder.build([self.members[0], Member(**fields)]))
+        return Contents(zip_builder.build(self.members)).differences(
+            zip_builder.build([self.members[0], Member(**fields)])
+        )
 
     def test_every_difference_of_a_member_is_noticed(self):
         self.assertEqual(self.differences(), [])
-        for change in ({"data": b"3"}, {"time": 1}, {"date": 1}, {"external": 1}, {"internal": 1}, {"made_by": 1},
-                       {"comment": b""}, {"extra": b""}, {"local_extra": b""}, {"flags": 2}, {"name": "c"}, {"needed": 45},
-                       {"method": DEFLATED}, {"flags": HAS_DESCRIPTOR}):
+        for change in (
+            {"data": b"3"},
+            {"time": 1},
+            {"date": 1},
+            {"external": 1},
+            {"internal": 1},
+            {"made_by": 1},
+            {"comment": b""},
+            {"extra": b""},
+            {"local_extra": b""},
+            {"flags": 2},
+            {"name": "c"},
+            {"needed": 45},
+            {"method": DEFLATED},
+            {"flags": HAS_DESCRIPTOR},
+        ):
             self.assertNotEqual(self.differences(**change), [], change)
 
     def test_order_and_count_are_noticed(self):
@@ -62,8 +77,20 @@ class Archives(unittest.TestCase):
         added = {"date": 0x21, "time": 0, "made_by": 0x0314}
         contents = Contents(zip_builder.build([])).put("größe", b"x")
         self.assertEqual(contents.differences(zip_builder.build([Member("größe", b"x", **added)])), [])
-        for change in ({"date": 0x22}, {"made_by": 0x14}, {"external": 0}, {"flags": 0}, {"extra": b"UT\0\0"}, {"data": b"y"}):
-            self.assertNotEqual(contents.differences(zip_builder.build([Member(**({"name": "größe", "data": b"x"} | added | change))])), [])
+        for change in (
+            {"date": 0x22},
+            {"made_by": 0x14},
+            {"external": 0},
+            {"flags": 0},
+            {"extra": b"UT\0\0"},
+            {"data": b"y"},
+        ):
+            self.assertNotEqual(
+                contents.differences(
+                    zip_builder.build([Member(**({"name": "größe", "data": b"x"} | added | change))])
+                ),
+                [],
+            )
 
     def test_gaps_and_bytes_that_belong_to_nothing_are_refused(self):
         good = zip_builder.build(self.members)
@@ -72,18 +99,24 @@ class Archives(unittest.TestCase):
                 walk(blob)
 
     def test_the_builder_and_the_walker_agree_with_the_standard_library(self):
-        blob = zip_builder.build(self.members + [Member("d", b"3" * 9, DEFLATED, flags=HAS_DESCRIPTOR)], b"comment")
+        blob = zip_builder.build(
+            self.members + [Member("d", b"3" * 9, DEFLATED, flags=HAS_DESCRIPTOR)], b"comment"
+        )
         with zipfile.ZipFile(BytesIO(blob)) as archive:
             self.assertIsNone(archive.testzip())
             comment, entries = walk(blob)
             self.assertEqual(archive.comment, comment)
-            self.assertEqual([archive.read(name) for name in archive.namelist()], [entry.data() for entry in entries])
+            self.assertEqual(
+                [archive.read(name) for name in archive.namelist()], [entry.data() for entry in entries]
+            )
 
 
 class Texts(unittest.TestCase):
     def test_open_parts_match_within_one_line(self):
-        self.assertEqual("Error: " + located("f", -999, containing("x.xml"), 7) + "\n",
-                         "Error: f: a x.xml b (not found, status -999, TaVekUtil:7)\n")
+        self.assertEqual(
+            "Error: " + located("f", -999, containing("x.xml"), 7) + "\n",
+            "Error: f: a x.xml b (not found, status -999, TaVekUtil:7)\n",
+        )
         self.assertEqual(located("f", -5), "f (input/output error, status -5, TaVekUtil:12)")
         self.assertNotEqual(located("f", -5, None, 12), "f (input/output error, status -5, TaVekUtil:13)")
         self.assertNotEqual("a" + anything(), "a\n")
@@ -91,7 +124,9 @@ class Texts(unittest.TestCase):
         self.assertNotEqual(one_of("a.c", "b"), "abc")
 
     def test_documents_are_laid_out(self):
-        self.assertEqual(script(version("1"), file("/a&b", "m", "R2")), """\
+        self.assertEqual(
+            script(version("1"), file("/a&b", "m", "R2")),
+            """\
 <?xml version="1.0" encoding="UTF-8"?>
 <Startup>
   <Version value="1"/>
@@ -101,7 +136,8 @@ class Texts(unittest.TestCase):
     </Or>
   </File>
 </Startup>
-""")
+""",
+        )
         self.assertIn('value="R4-mc"', host_script())
 
     def test_an_executable_is_one(self):

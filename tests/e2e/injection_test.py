@@ -5,10 +5,12 @@ import unittest
 
 from harness import zip_builder
 from harness.documents import ARM64_MODELS, ARM7_MODELS, OMBIX_MODELS, file, host_script, unified_manifest
-from harness.messages import UPGRADE_FAILED, injection_failed, refused
-from harness.patterns import anything, containing, located
+from harness.messages import UPGRADE_FAILED, injection_failed, no_file, no_member, refused
+from harness.patterns import located
 from harness.program import ON_WINDOWS
 from harness.scenario import Scenario
+
+NO_ARCHIVE = "sensor.pkg: no end record: not a ZIP archive"
 
 
 class Injection(Scenario):
@@ -76,10 +78,18 @@ class Archive(Injection):
         self.inject("b.zext", files={"sensor.pkg": after})
 
     def test_an_archive_without_platform_or_version_will_do(self):
-        script = host_script().replace("R2", "X").replace("R4", "Y").replace('<Version value="6.1.2.57"/>', "<Other/>")
+        script = (
+            host_script()
+            .replace("R2", "X")
+            .replace("R4", "Y")
+            .replace('<Version value="6.1.2.57"/>', "<Other/>")
+        )
         entry = file("vekapptool.dll", "data/12345-vekapptool.dll")
         after = self.archive("sensor.pkg", script)
-        after.put("script.xml", script.replace("</Startup>", "  " + entry.replace("\n", "\n  ").rstrip(" ") + "</Startup>"))
+        after.put(
+            "script.xml",
+            script.replace("</Startup>", "  " + entry.replace("\n", "\n  ").rstrip(" ") + "</Startup>"),
+        )
         after.put("data/12345-vekapptool.dll", "tool")
         self.write("tool.dll", "tool")
         self.inject("tool.dll", files={"sensor.pkg": after})
@@ -130,62 +140,85 @@ class Failure(Injection):
         super().setUp()
         self.write("plugin.zext", "library")
 
-    def expect_failed(self, message, library="plugin.zext", archive="sensor.pkg", inside=False, stdout="", **options):
+    def expect_failed(
+        self, message, library="plugin.zext", archive="sensor.pkg", inside=False, stdout="", **options
+    ):
         stderr = (UPGRADE_FAILED if inside else "") + injection_failed(message)
         self.inject(library, archive, stdout=stdout, stderr=stderr, status=1, **options)
 
     def test_no_archive(self):
-        self.expect_failed(located("injectLibToArchiveFile", -999, "sensor.pkg: No such file or directory", 1305))
+        self.expect_failed(located("injectLibToArchiveFile", -999, no_file("sensor.pkg"), 1305))
 
     def test_a_directory_for_an_archive(self):
         os.mkdir(self.path("folder"))
-        self.expect_failed(located("injectLibToArchiveFile", -5, "folder: Is a directory", 1305), archive="folder")
+        self.expect_failed(
+            located("injectLibToArchiveFile", -5, "folder: Is a directory", 1305), archive="folder"
+        )
 
     def test_no_container(self):
         self.write("sensor.pkg", "plain text, and long enough for an end record")
-        self.expect_failed(located("injectLibToArchiveFile", -74, containing("sensor.pkg"), 1305),
-                           stdout=refused(containing("sensor.pkg")))
+        self.expect_failed(
+            located("injectLibToArchiveFile", -74, NO_ARCHIVE, 1305), stdout=refused(NO_ARCHIVE)
+        )
 
     def test_no_library(self):
         self.host_archive()
-        self.expect_failed(located("TaVekUtil_InjectFile", -999, "missing.zext: No such file or directory"),
-                           library="missing.zext", inside=True)
+        self.expect_failed(
+            located("TaVekUtil_InjectFile", -999, no_file("missing.zext")),
+            library="missing.zext",
+            inside=True,
+        )
 
     def test_a_directory_for_a_library(self):
         self.host_archive()
         os.mkdir(self.path("folder.zext"))
-        self.expect_failed(located("TaVekUtil_InjectFile", -5, "folder.zext: Is a directory"), library="folder.zext",
-                           inside=True)
+        self.expect_failed(
+            located("TaVekUtil_InjectFile", -5, "folder.zext: Is a directory"),
+            library="folder.zext",
+            inside=True,
+        )
 
     def test_an_archive_without_script(self):
         self.archive("sensor.pkg")
-        self.expect_failed(located("TaVekUtil_InjectFile", -999, containing("script.xml")), inside=True)
+        self.expect_failed(located("TaVekUtil_InjectFile", -999, no_member("script.xml")), inside=True)
 
     def test_a_damaged_member_is_never_saved_on_as_a_good_one(self):
         self.host_archive(members=[zip_builder.Member("host/bad", b"damaged", crc=1)])
-        self.expect_failed(located("injectLibToArchiveFile", -74, containing("host/bad"), 1309))
+        self.expect_failed(
+            located("injectLibToArchiveFile", -74, "sensor.pkg: member host/bad: checksum mismatch", 1309)
+        )
 
     @unittest.skipIf(ON_WINDOWS, "no such limit there")
     def test_a_full_disk_leaves_the_archive_as_it_was(self):
         self.write("plugin.zext", b"x" * 20000)
         self.host_archive()
-        self.expect_failed(located("injectLibToArchiveFile", -5, "sensor.pkg: File too large", 1309), file_size=10000)
+        self.expect_failed(
+            located("injectLibToArchiveFile", -5, "sensor.pkg: File too large", 1309), file_size=10000
+        )
 
     @unittest.skipIf(ON_WINDOWS, "no such permissions there")
     def test_a_directory_that_may_not_be_written(self):
         self.host_archive()
-        self.expect_failed(located("injectLibToArchiveFile", -5, "sensor.pkg: Permission denied", 1309), unprivileged=True)
+        self.expect_failed(
+            located("injectLibToArchiveFile", -5, "sensor.pkg: Permission denied", 1309), unprivileged=True
+        )
 
     @unittest.skipIf(ON_WINDOWS, "no such permissions there")
     def test_a_library_that_may_not_be_read(self):
         self.host_archive()
         os.chmod(self.path("plugin.zext"), 0)
-        self.expect_failed(located("TaVekUtil_InjectFile", -5, "plugin.zext: Permission denied"), unprivileged=True,
-                           inside=True)
+        self.expect_failed(
+            located("TaVekUtil_InjectFile", -5, "plugin.zext: Permission denied"),
+            unprivileged=True,
+            inside=True,
+        )
 
     @unittest.skipIf(ON_WINDOWS, "no such permissions there")
     def test_an_archive_that_may_not_be_read(self):
         self.host_archive()
         os.chmod(self.path("sensor.pkg"), 0)
-        self.expect_failed(located("injectLibToArchiveFile", -5, "sensor.pkg: Permission denied", 1305), unprivileged=True,
-                           stdout=refused("sensor.pkg: Permission denied"))
+        self.expect_failed(
+            located("injectLibToArchiveFile", -5, "sensor.pkg: Permission denied", 1305),
+            unprivileged=True,
+            stdout=refused("sensor.pkg: Permission denied"),
+        )

@@ -40,7 +40,9 @@ class Fields(Lossless):
     def expect_member_carried(self, **fields):
         data = fields.pop("data", b"some data, some data, some data")
         for name in ("host/x", "zz"):
-            self.expect_carried(zip_builder.build([Member(name, data, **fields), self.script, Member("last", b"")]))
+            self.expect_carried(
+                zip_builder.build([Member(name, data, **fields), self.script, Member("last", b"")])
+            )
 
     def test_times_of_any_kind(self):
         for date, time in ((0, 0), (0x21, 0), (0xFFFF, 0xFFFF), (0xFF9F, 0xBF7D), (0x5800, 0x003E)):
@@ -88,12 +90,30 @@ class Fields(Lossless):
     @staticmethod
     def packed(data, level):
         import zlib
+
         packer = zlib.compressobj(level, zlib.DEFLATED, -15)
         half = len(data) // 2
-        return packer.compress(data[:half]) + packer.flush(zlib.Z_FULL_FLUSH) + packer.compress(data[half:]) + packer.flush()
+        return (
+            packer.compress(data[:half])
+            + packer.flush(zlib.Z_FULL_FLUSH)
+            + packer.compress(data[half:])
+            + packer.flush()
+        )
 
     def test_names(self):
-        names = ("größe", "a b", "dir/", "dir/x", "../up", "/root", "C:\\x", "x" * 5000, "$HOME;`id`", "\t", "data/12345-other")
+        names = (
+            "größe",
+            "a b",
+            "dir/",
+            "dir/x",
+            "../up",
+            "/root",
+            "C:\\x",
+            "x" * 5000,
+            "$HOME;`id`",
+            "\t",
+            "data/12345-other",
+        )
         self.expect_carried(zip_builder.build([Member(name, name) for name in names] + [self.script]))
         legacy = zip_builder.build([Member("gr??e", b"1"), self.script]).replace(b"gr??e", b"gr\x94\xe1e")
         self.expect_carried(legacy)
@@ -110,10 +130,14 @@ class Fields(Lossless):
         one, two = Member("one", b"1"), Member("two", b"22")
         bodies = [zip_builder.local_record(member) for member in (two, one, self.script)]
         offsets = {"two": 0, "one": len(bodies[0]), "script.xml": len(bodies[0] + bodies[1])}
-        directory = b"".join(zip_builder.central_record(member, offsets[member.name]) for member in (one, two, self.script))
+        directory = b"".join(
+            zip_builder.central_record(member, offsets[member.name]) for member in (one, two, self.script)
+        )
         body = b"".join(bodies)
-        self.expect_carried(body + directory + zip_builder.end_record(3, len(directory), len(body)),
-                            zip_builder.build([one, two, self.script]))
+        self.expect_carried(
+            body + directory + zip_builder.end_record(3, len(directory), len(body)),
+            zip_builder.build([one, two, self.script]),
+        )
 
     def test_many_members(self):
         members = [Member(f"data/{number:05}", b"%d" % number) for number in range(5000)]
@@ -133,7 +157,9 @@ class OtherMakers(Lossless):
     def made_by(self, *command):
         if shutil.which(command[0]) is None:
             self.skipTest(f"{command[0]} is not installed")
-        subprocess.run(command, cwd=self.path("files"), check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        subprocess.run(
+            command, cwd=self.path("files"), check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL
+        )
         blob = self.read("made.zip")
         os.remove(self.path("made.zip"))
         return blob
@@ -152,8 +178,12 @@ class OtherMakers(Lossless):
             self.expect_sound(self.made_by("zip", "-r", *options, "../made.zip", "."))
 
     def test_zip_with_comment_and_encryption(self):
-        self.expect_carried(self.made_by("sh", "-c", "zip -r ../made.zip . && echo the comment | zip -z ../made.zip"))
-        self.expect_carried(self.made_by("sh", "-c", "zip -r ../made.zip host -P secret && zip ../made.zip script.xml"))
+        self.expect_carried(
+            self.made_by("sh", "-c", "zip -r ../made.zip . && echo the comment | zip -z ../made.zip")
+        )
+        self.expect_carried(
+            self.made_by("sh", "-c", "zip -r ../made.zip host -P secret && zip ../made.zip script.xml")
+        )
 
     def test_zip_as_a_stream(self):
         self.expect_sound(self.made_by("sh", "-c", "zip -r - script.xml host | cat > ../made.zip"))
@@ -164,15 +194,27 @@ class OtherMakers(Lossless):
 
     def test_7z_with_other_methods_beside_the_script(self):
         for method in ("BZip2", "LZMA", "Deflate64", "PPMd"):
-            self.expect_carried(self.made_by("sh", "-c", "7z a -tzip ../made.zip script.xml && "
-                                             f"7z a -tzip -mm={method} ../made.zip host"))
+            self.expect_carried(
+                self.made_by(
+                    "sh",
+                    "-c",
+                    "7z a -tzip ../made.zip script.xml && " f"7z a -tzip -mm={method} ../made.zip host",
+                )
+            )
 
     def test_7z_with_encryption(self):
-        self.expect_carried(self.made_by("sh", "-c", "7z a -tzip ../made.zip script.xml && "
-                                         "7z a -tzip -psecret -mem=AES256 ../made.zip host"))
+        self.expect_carried(
+            self.made_by(
+                "sh",
+                "-c",
+                "7z a -tzip ../made.zip script.xml && " "7z a -tzip -psecret -mem=AES256 ../made.zip host",
+            )
+        )
 
     def test_bsdtar(self):
-        self.expect_sound(self.made_by("bsdtar", "--format", "zip", "-cf", "../made.zip", "script.xml", "host"))
+        self.expect_sound(
+            self.made_by("bsdtar", "--format", "zip", "-cf", "../made.zip", "script.xml", "host")
+        )
 
     def test_python(self):
         for method in (zipfile.ZIP_STORED, zipfile.ZIP_DEFLATED):
@@ -215,7 +257,9 @@ class OtherMakers(Lossless):
                     member.write(bytes(1 << 20))
             archive.writestr("script.xml", host_script())
         self.addCleanup(os.remove, self.path("sensor.pkg"))
-        subprocess.run([self.program, "--file", "plugin.zext", "--archive", "sensor.pkg"], cwd=self.root, check=True)
+        subprocess.run(
+            [self.program, "--file", "plugin.zext", "--archive", "sensor.pkg"], cwd=self.root, check=True
+        )
         with zipfile.ZipFile(self.path("sensor.pkg")) as archive:
             self.assertEqual(archive.namelist(), ["big", "script.xml", ADDED])
             self.assertIsNone(archive.testzip())

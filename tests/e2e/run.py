@@ -17,7 +17,9 @@ def main():
     parser = argparse.ArgumentParser(description="Runs end-to-end tests.")
     parser.add_argument("--program", required=True, help="the program under test")
     parser.add_argument("--emulator", default="", help="what starts a Windows program here")
-    parser.add_argument("--tar", default="", help="the tar program to lay beside it; the system's when not given")
+    parser.add_argument(
+        "--tar", default="", help="the tar program to lay beside it; the system's when not given"
+    )
     parser.add_argument("-k", dest="pattern", help="run the tests whose name matches only")
     parser.add_argument("-v", dest="verbosity", action="store_const", const=2, default=1)
     parser.add_argument("modules", nargs="*", help="such as injection or command_line")

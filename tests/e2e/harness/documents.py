@@ -1,6 +1,6 @@
 """Start-up scripts, manifests and configurations as text, laid out the way people indent them."""
 
-from xml.sax.saxutils import escape, quoteattr
+from xml.sax.saxutils import escape
 
 DECLARATION = '<?xml version="1.0" encoding="UTF-8"?>\n'
 
@@ -15,13 +15,26 @@ MODELS = {"linux_arm7": ARM7_MODELS, "linux_arm64": ARM64_MODELS, "ombix": OMBIX
 LINE_FEED = {"\n": "&#10;"}
 
 
+def quoted(value):
+    """An attribute value as it is written between double quotes."""
+    for character, reference in (
+        ("&", "&amp;"),
+        ("<", "&lt;"),
+        ('"', "&quot;"),
+        ("\t", "&#9;"),
+        ("\n", "&#10;"),
+    ):
+        value = value.replace(character, reference)
+    return value
+
+
 def indented(text, depth):
     return "".join("  " * depth + line + "\n" for line in text.splitlines())
 
 
 def element(name, attributes=None, content=None):
     """An element on lines of its own; `content` is a text, a list of elements, or None."""
-    start = name + "".join(f" {key}={quoteattr(value)}" for key, value in (attributes or {}).items())
+    start = name + "".join(f' {key}="{quoted(value)}"' for key, value in (attributes or {}).items())
     if content is None:
         return f"<{start}/>\n"
     if isinstance(content, str):

@@ -76,15 +76,51 @@ def copy_failed(message):
 
 
 def version_mismatch(host, package, built_for):
-    return ("TaVekUtil: ERROR - Version for Upgrade package != Vek Package \n"
-            f"TaVekUtil: ERROR - {host} != {package}({built_for})\n")
+    return (
+        "TaVekUtil: ERROR - Version for Upgrade package != Vek Package \n"
+        f"TaVekUtil: ERROR - {host} != {package}({built_for})\n"
+    )
 
 
 def batch_failed(message, configuration="cfg.xml"):
-    return (f"TaVekUtil: Failed updating upgrade packages using configuration file: {configuration} Error: "
-            + message + "\n")
+    return (
+        f"TaVekUtil: Failed updating upgrade packages using configuration file: {configuration} Error: "
+        + message
+        + "\n"
+    )
 
 
 def archive_failed(message):
     """The three lines of a batch that ends with an archive."""
     return UPGRADE_FAILED + PROCESS_FAILED + batch_failed(message)
+
+
+# ---- Details of failed operations ------------------------------------------------------------------------
+
+
+def no_file(path):
+    return path + ": No such file or directory"
+
+
+def no_member(name, archive="sensor.pkg"):
+    return f"{archive}: no member {name}"
+
+
+def no_element(name):
+    return "there is no element " + name
+
+
+def no_attribute(element, name):
+    return f'<{element}> has no attribute "{name}"'
+
+
+def text_too_long(element, capacity):
+    return f"the text of <{element}> needs {capacity} bytes, {capacity - 1} are allowed"
+
+
+def attribute_too_long(element, name, capacity):
+    return f'the attribute "{name}" of <{element}> needs {capacity} bytes, {capacity - 1} are allowed'
+
+
+def path_too_long(path, capacity=512):
+    return f"{path}: longer than {capacity - 1} characters"

@@ -45,17 +45,29 @@ def limits(file_size):
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
         if file_size is not None:
             resource.setrlimit(resource.RLIMIT_FSIZE, (file_size, file_size))
+
     return apply
 
 
 def start(program, arguments, directory, file_size=None, unprivileged=False, merged=False):
     """Runs the program in `directory`. `file_size` limits what a written file may hold, `merged` puts both
     output streams into one, `unprivileged` takes root's rights away."""
-    other_user = {"user": NOBODY, "group": NOBODY, "extra_groups": []} if unprivileged and os.getuid() == 0 else {}
+    other_user = (
+        {"user": NOBODY, "group": NOBODY, "extra_groups": []} if unprivileged and os.getuid() == 0 else {}
+    )
     done = subprocess.run(
-        EMULATOR + [program, *arguments], cwd=directory, env=environment(), timeout=120, check=False,
-        stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT if merged else subprocess.PIPE,
-        preexec_fn=limits(file_size), restore_signals=file_size is None, **other_user)
+        EMULATOR + [program, *arguments],
+        cwd=directory,
+        env=environment(),
+        timeout=120,
+        check=False,
+        stdin=subprocess.DEVNULL,
+        stdout=subprocess.PIPE,
+        stderr=subprocess.STDOUT if merged else subprocess.PIPE,
+        preexec_fn=limits(file_size),
+        restore_signals=file_size is None,
+        **other_user
+    )
     return Result(text(done.stdout), text(done.stderr or b""), done.returncode)
 
 
@@ -101,6 +113,7 @@ def scratch_root():
     if _scratch is None:
         import atexit
         import tempfile
+
         _scratch = tempfile.mkdtemp(prefix="tavek-e2e-")
         os.chmod(_scratch, 0o755)
         atexit.register(shutil.rmtree, _scratch, ignore_errors=True)

@@ -98,7 +98,9 @@ class Scenario(unittest.TestCase):
     def tar(self, name, directory, *options):
         """Packs everything in `directory` into the tar file `name` and removes the directory."""
         os.makedirs(os.path.dirname(self.path(name)), exist_ok=True)
-        subprocess.run(["tar", "-c", *options, "-f", self.path(name), "-C", self.path(directory), "."], check=True)
+        subprocess.run(
+            ["tar", "-c", *options, "-f", self.path(name), "-C", self.path(directory), "."], check=True
+        )
         shutil.rmtree(self.path(directory))
 
     def unpacked(self, directory, *names):
@@ -119,8 +121,19 @@ class Scenario(unittest.TestCase):
         self.compare_streams(result, stdout, stderr, status)
         self.compare_files(before, self.snapshot(), files or {})
 
-    def check_batch(self, platform=None, stdout="", stderr="", status=0, files=None, prefix="Custom", stock=("sensor.pkg",),
-                    load=None, remove=None, **options):
+    def check_batch(
+        self,
+        platform=None,
+        stdout="",
+        stderr="",
+        status=0,
+        files=None,
+        prefix="Custom",
+        stock=("sensor.pkg",),
+        load=None,
+        remove=None,
+        **options,
+    ):
         """Writes the configuration beside the program and runs the batch with it."""
         self.write("host/bin/win64/cfg.xml", documents.configuration(prefix, stock, load, remove))
         arguments = ["--config", "cfg.xml"] + (["--platform", platform] if platform else [])
@@ -128,9 +141,11 @@ class Scenario(unittest.TestCase):
 
     def compare_streams(self, result, stdout, stderr, status):
         if stdout != result.stdout or stderr != result.stderr or status != result.status:
-            self.fail(f"standard output\n{result.stdout}\nexpected\n{stdout}\n"
-                      f"standard error\n{result.stderr}\nexpected\n{stderr}\n"
-                      f"exit status {result.status}, expected {status}")
+            self.fail(
+                f"standard output\n{result.stdout}\nexpected\n{stdout}\n"
+                f"standard error\n{result.stderr}\nexpected\n{stderr}\n"
+                f"exit status {result.status}, expected {status}"
+            )
 
     # ---- Files -------------------------------------------------------------------------------------------
 

@@ -67,7 +67,9 @@ def local_record(member):
     }
     name = fields.pop("name").encode()
     head = struct.pack("<IHHHHHIII", 0x04034B50, *fields.values())
-    record = head + struct.pack("<HH", len(name), len(member.local_extra)) + name + member.local_extra + member.raw
+    record = (
+        head + struct.pack("<HH", len(name), len(member.local_extra)) + name + member.local_extra + member.raw
+    )
     if described:
         signature = struct.pack("<I", 0x08074B50) if member.descriptor_signature else b""
         record += signature + struct.pack("<III", member.crc, len(member.raw), member.size)
@@ -77,10 +79,28 @@ def local_record(member):
 def central_record(member, offset):
     name = member.name.encode()
     head = struct.pack(
-        "<IHHHHHHIII", 0x02014B50, member.made_by, member.needed, member.flags, member.method, member.time, member.date,
-        member.crc, len(member.raw), member.size)
-    lengths = struct.pack("<HHHHHII", len(name), len(member.extra), len(member.comment), 0, member.internal,
-                          member.external, offset)
+        "<IHHHHHHIII",
+        0x02014B50,
+        member.made_by,
+        member.needed,
+        member.flags,
+        member.method,
+        member.time,
+        member.date,
+        member.crc,
+        len(member.raw),
+        member.size,
+    )
+    lengths = struct.pack(
+        "<HHHHHII",
+        len(name),
+        len(member.extra),
+        len(member.comment),
+        0,
+        member.internal,
+        member.external,
+        offset,
+    )
     return head + lengths + name + member.extra + member.comment
 
 

@@ -30,8 +30,13 @@ class Entry:
         return self.raw if self.central["method"] == 0 else zlib.decompress(self.raw, -15)
 
     def carried_fields(self):
-        return {"name": self.name, "central": self.central, "local": self.local, "raw": self.raw,
-                "descriptor": self.descriptor}
+        return {
+            "name": self.name,
+            "central": self.central,
+            "local": self.local,
+            "raw": self.raw,
+            "descriptor": self.descriptor,
+        }
 
 
 @dataclass
@@ -44,9 +49,16 @@ class Added:
     def differences(self, entry):
         central = entry.central
         wanted = {
-            "method": 0, "time": 0, "date": DATE_1980_01_01, "crc": zlib.crc32(self.content), "packed": len(self.content),
-            "size": len(self.content), "flags": 0 if self.name.isascii() else 0x0800, "external": ADDED_EXTERNAL,
-            "extra": b"", "comment": b"",
+            "method": 0,
+            "time": 0,
+            "date": DATE_1980_01_01,
+            "crc": zlib.crc32(self.content),
+            "packed": len(self.content),
+            "size": len(self.content),
+            "flags": 0 if self.name.isascii() else 0x0800,
+            "external": ADDED_EXTERNAL,
+            "extra": b"",
+            "comment": b"",
         }
         found = {key: central[key] for key in wanted}
         wanted["system"], found["system"] = 3, central["made_by"] >> 8
@@ -80,8 +92,10 @@ class Contents:
         lines = [] if comment == self.comment else [f"comment {comment!r}, expected {self.comment!r}"]
         for item, entry in zip(self.items, entries):
             if isinstance(item, Added):
-                lines += [f"{item.name!r}: {key} {found!r}, expected {wanted!r}"
-                          for key, (wanted, found) in item.differences(entry).items()]
+                lines += [
+                    f"{item.name!r}: {key} {found!r}, expected {wanted!r}"
+                    for key, (wanted, found) in item.differences(entry).items()
+                ]
             elif item.carried_fields() != entry.carried_fields():
                 lines.append(f"{item.name!r} is not carried as it was:\n  {item}\n  {entry}")
         return lines
@@ -111,45 +125,50 @@ def walk(blob):
         entry, expected_offset = member(blob, central, expected_offset)
         entries.append(entry)
     require(at == directory_end and expected_offset == offset, "bytes that belong to no member")
-    return blob[end + 22:], entries
+    return blob[end + 22 :], entries
 
 
 def zip64_end(blob, end):
     """Where the directory ends, its count, size and offset as the ZIP64 records tell; None without such."""
-    if blob[end - 20:end - 16] != b"PK\6\7":
+    if blob[end - 20 : end - 16] != b"PK\6\7":
         return None
     (at,) = struct.unpack_from("<Q", blob, end - 12)
-    require(blob[at:at + 4] == b"PK\6\6", "the locator names no ZIP64 end record")
+    require(blob[at : at + 4] == b"PK\6\6", "the locator names no ZIP64 end record")
     count, size, offset = struct.unpack_from("<QQQ", blob, at + 32)
     return at, count, size, offset
 
 
 def central_header(blob, at):
-    require(blob[at:at + 4] == b"PK\1\2", "no central header")
+    require(blob[at : at + 4] == b"PK\1\2", "no central header")
     header = dict(zip(CENTRAL_FIELDS, struct.unpack_from("<HHHHHHIII", blob, at + 4)))
     name, extra, comment, disk, internal, external, offset = struct.unpack_from("<HHHHHII", blob, at + 28)
     require(disk == 0, "a member on another disk")
     names = at + 46
-    header.update(name=blob[names:names + name], extra=blob[names + name:names + name + extra],
-                  comment=blob[names + name + extra:names + name + extra + comment],
-                  internal=internal, external=external, offset=offset)
+    header.update(
+        name=blob[names : names + name],
+        extra=blob[names + name : names + name + extra],
+        comment=blob[names + name + extra : names + name + extra + comment],
+        internal=internal,
+        external=external,
+        offset=offset,
+    )
     return header, names + name + extra + comment
 
 
 def member(blob, central, offset):
     require(central.pop("offset") == offset, "members with a gap, or out of order")
-    require(blob[offset:offset + 4] == b"PK\3\4", "no local header")
+    require(blob[offset : offset + 4] == b"PK\3\4", "no local header")
     local = dict(zip(LOCAL_FIELDS, struct.unpack_from("<HHHHHIII", blob, offset + 4)))
     name_length, extra_length = struct.unpack_from("<HH", blob, offset + 26)
     data = offset + 30 + name_length + extra_length
     name = central.pop("name")
-    require(blob[offset + 30:offset + 30 + name_length] == name, "names that differ")
-    local["extra"] = blob[data - extra_length:data]
+    require(blob[offset + 30 : offset + 30 + name_length] == name, "names that differ")
+    local["extra"] = blob[data - extra_length : data]
     end = data + packed_size(central)
     descriptor = b""
     if central["flags"] & 8:
         length = 20 if local["packed"] == 0xFFFFFFFF else 12
-        descriptor = blob[end:end + length + (4 if blob[end:end + 4] == b"PK\7\x08" else 0)]
+        descriptor = blob[end : end + length + (4 if blob[end : end + 4] == b"PK\7\x08" else 0)]
     return Entry(name, central, local, blob[data:end], descriptor), end + len(descriptor)
 
 
