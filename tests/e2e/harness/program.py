@@ -1,0 +1,120 @@
+"""How the program under test is started: directly, or through an emulator for the Windows build."""
+
+import os
+import resource
+import shutil
+import signal
+import subprocess
+from dataclasses import dataclass
+
+PROGRAM = os.environ.get("TAVEK_PROGRAM", "")
+EMULATOR = os.environ.get("TAVEK_EMULATOR", "").split()
+TAR = os.environ.get("TAVEK_TAR", "") or shutil.which("tar")
+
+# The one place that knows how the Windows build differs from outside.
+ON_WINDOWS = PROGRAM.endswith(".exe")
+SEPARATOR = "\\" if ON_WINDOWS else "/"
+ABNORMAL_END = 3 if ON_WINDOWS else -signal.SIGABRT
+NOBODY = 65534
+
+
+def native(path):
+    """An absolute path the way the program prints it."""
+    return "Z:" + path.replace("/", "\\") if ON_WINDOWS else path
+
+
+def combined(*parts):
+    """What the program makes of paths that it joins."""
+    return SEPARATOR.join(parts)
+
+
+@dataclass
+class Result:
+    stdout: str
+    stderr: str
+    status: int
+
+
+def environment():
+    kept = ("PATH", "HOME", "WINEPREFIX", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LLVM_PROFILE_FILE")
+    return {"LC_ALL": "C", "WINEDEBUG": "-all", **{key: os.environ[key] for key in kept if key in os.environ}}
+
+
+def limits(file_size):
+    def apply():
+        resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+        if file_size is not None:
+            resource.setrlimit(resource.RLIMIT_FSIZE, (file_size, file_size))
+
+    return apply
+
+
+def start(program, arguments, directory, file_size=None, unprivileged=False, merged=False):
+    """Runs the program in `directory`. `file_size` limits what a written file may hold, `merged` puts both
+    output streams into one, `unprivileged` takes root's rights away."""
+    other_user = (
+        {"user": NOBODY, "group": NOBODY, "extra_groups": []} if unprivileged and os.getuid() == 0 else {}
+    )
+    done = subprocess.run(
+        EMULATOR + [program, *arguments],
+        cwd=directory,
+        env=environment(),
+        timeout=120,
+        check=False,
+        stdin=subprocess.DEVNULL,
+        stdout=subprocess.PIPE,
+        stderr=subprocess.STDOUT if merged else subprocess.PIPE,
+        preexec_fn=limits(file_size),
+        restore_signals=file_size is None,
+        **other_user
+    )
+    return Result(text(done.stdout), text(done.stderr or b""), done.returncode)
+
+
+def text(output):
+    decoded = output.decode("utf-8", "surrogateescape")
+    return decoded.replace("\r\n", "\n") if ON_WINDOWS else decoded
+
+
+def install(directory):
+    """Copies the program into `directory`, with the tar program beside it; answers the program's path."""
+    os.makedirs(directory, exist_ok=True)
+    program = os.path.join(directory, os.path.basename(PROGRAM))
+    try:
+        os.link(installed_once(), program)
+    except OSError:
+        shutil.copy2(PROGRAM, program)
+    if ON_WINDOWS:
+        shutil.copy2(TAR, os.path.join(directory, "tar.exe"))
+    else:
+        os.symlink(TAR, os.path.join(directory, "tar.exe"))
+    return program
+
+
+_copy = None
+
+
+def installed_once():
+    """One copy of the program where every user may run it; the tests' own are links to it."""
+    global _copy
+    if _copy is None:
+        _copy = os.path.join(scratch_root(), os.path.basename(PROGRAM))
+        shutil.copy2(PROGRAM, _copy)
+        os.chmod(_copy, 0o755)
+    return _copy
+
+
+_scratch = None
+
+
+def scratch_root():
+    """The directory of this run's scratch directories; it goes when the tests end."""
+    global _scratch
+    if _scratch is None:
+        import atexit
+        import tempfile
+
+        _scratch = tempfile.mkdtemp(prefix="tavek-e2e-")
+        os.chmod(_scratch, 0o755)
+        atexit.register(shutil.rmtree, _scratch, ignore_errors=True)
+    return _scratch
