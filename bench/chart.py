@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Draws the results of program_bench.py as a bar chart: chart.py RESULTS.json > CHART.svg
 
-One group of bars a scenario, one bar a program: its median time relative to TaVekUtil's, which is 1.
+One group of bars a scenario, one bar a program or size: its median time, longest bar to the longest time of the group.
+A mark on a rival's bar shows how much of it TaVekUtil may take at most.
 """
 
 import html
@@ -10,39 +11,46 @@ import pathlib
 import statistics
 import sys
 
-BAR, GAP, LEFT, WIDTH, LONGEST = 18, 14, 150, 900, 640
+BAR, GAP, LEFT, WIDTH, LONGEST = 18, 14, 170, 1080, 460
 STYLE = """text { font: 13px sans-serif; fill: #222 } .title { font-weight: bold }
-.own { fill: #2a7ab0 } .rival { fill: #b9c4cc } .back { fill: #fff }
-@media (prefers-color-scheme: dark) { text { fill: #ddd } .rival { fill: #66737c } .back { fill: #16191c } }"""
+.own { fill: #2a7ab0 } .rival { fill: #b9c4cc } .target { stroke: #c0392b; stroke-width: 2 } .back { fill: #fff }
+@media (prefers-color-scheme: dark) {
+text { fill: #ddd } .own { fill: #4d9fd6 } .rival { fill: #66737c } .target { stroke: #ff7a66 } .back { fill: #16191c } }"""
 
 
-def medians(runs):
-    return {key: statistics.median(figures["seconds"]) for key, figures in runs.items()}
+def shown(seconds):
+    return f"{seconds * 1000:.0f} ms" if seconds < 1 else f"{seconds:.2f} s"
 
 
-def bars(results):
-    longest = max(value / next(iter(m.values())) for m in map(medians, results.values()) for value in m.values())
-    y = GAP
-    for name, runs in results.items():
-        yield f'<text class="title" x="10" y="{y + 14}">{html.escape(name)}</text>'
-        y += BAR + 4
-        values = medians(runs)
-        own = next(iter(values.values()))
-        for key, value in values.items():
-            length = max(1, value / own / longest * LONGEST)
-            kind = "own" if value is own else "rival"
-            yield f'<text x="20" y="{y + 13}">{html.escape(key)}</text>'
-            yield f'<rect class="{kind}" x="{LEFT}" y="{y}" width="{length:.1f}" height="{BAR - 4}"/>'
-            yield f'<text x="{LEFT + length + 6:.1f}" y="{y + 12}">{value / own:.2f}  ({value:.3f} s)</text>'
-            y += BAR
-        y += GAP
-    yield y
+def group(name, result, y):
+    """The shapes of one scenario, from `y` downwards."""
+    medians = {key: statistics.median(figures["seconds"]) for key, figures in result["runs"].items()}
+    own, longest = next(iter(medians.values())), max(medians.values())
+    yield f'<text class="title" x="10" y="{y + 14}">{html.escape(name)}</text>'
+    for row, (key, seconds) in enumerate(medians.items(), start=1):
+        top = y + 4 + row * BAR
+        target = result["targets"].get(key)
+        length = max(1, seconds / longest * LONGEST)
+        note = shown(seconds)
+        if target is not None:
+            note += f", TaVekUtil takes {own / seconds:.2f} times as long (at most {target:g} wanted)"
+        yield f'<text x="20" y="{top + 12}">{html.escape(key)}</text>'
+        kind = "own" if target is None else "rival"
+        yield f'<rect class="{kind}" x="{LEFT}" y="{top}" width="{length:.1f}" height="{BAR - 4}"/>'
+        yield f'<text x="{LEFT + length + 8:.1f}" y="{top + 12}">{html.escape(note)}</text>'
+        if target is not None and target <= 1:
+            x = LEFT + length * target
+            yield f'<line class="target" x1="{x:.1f}" y1="{top - 1}" x2="{x:.1f}" y2="{top + BAR - 3}"/>'
 
 
 def main():
-    *shapes, height = bars(json.loads(pathlib.Path(sys.argv[1]).read_text()))
-    print(f'<svg xmlns="http://www.w3.org/2000/svg" width="{WIDTH}" height="{height}" role="img">')
-    print(f"<title>Time relative to TaVekUtil</title>\n<style>{STYLE}</style>")
+    results = json.loads(pathlib.Path(sys.argv[1]).read_text())
+    shapes, y = [], GAP
+    for name, result in results.items():
+        shapes += group(name, result, y)
+        y += 4 + (1 + len(result["runs"])) * BAR + GAP
+    print(f'<svg xmlns="http://www.w3.org/2000/svg" width="{WIDTH}" height="{y}" role="img">')
+    print(f"<title>Times of TaVekUtil and of others doing the same work</title>\n<style>{STYLE}</style>")
     print('<rect class="back" width="100%" height="100%"/>')
     print("\n".join(shapes) + "\n</svg>")
 

@@ -106,6 +106,15 @@ def verdict(value, target):
     return f"at most {target:g} wanted: " + ("met" if value <= target else "MISSED")
 
 
+def machine():
+    """A line that describes this machine."""
+    lines = pathlib.Path("/proc/cpuinfo").read_text().splitlines()
+    model = next((line.split(": ")[1] for line in lines if line.startswith("model name")), os.uname().machine)
+    memory = os.sysconf("SC_PAGE_SIZE") * os.sysconf("SC_PHYS_PAGES") / MIB / 1024
+    load = ", ".join(f"{value:.1f}" for value in os.getloadavg())
+    return f"{os.cpu_count()} x {model}, {memory:.0f} GiB, Linux {os.uname().release}, load {load}"
+
+
 def shell(text):
     return ["sh", "-c", text]
 
@@ -256,6 +265,7 @@ def main():
     parser.add_argument("--results")
     arguments = parser.parse_args()
     bench = Bench(arguments)
+    print(machine())
     size = os.path.getsize(bench.program) / MIB
     print(f"size of the program: {size:.2f} MiB, {verdict(size, 2)}")
     for name in arguments.only.split(","):

@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # Measures the program and its parts against others doing the same work, everything in turn in one run.
 #
-#   scripts/bench.sh [NAME...]      some scenarios of bench/program_bench.py, all of them and the parts without names
+#   scripts/bench.sh                all scenarios of bench/program_bench.py, then the parts
+#   scripts/bench.sh stored files   these scenarios alone (stored, deflated, members, files, start)
 #
-# Raw numbers go to build/bench/, the chart to build/bench/chart.svg. Takes about ten minutes and 6 GiB of disk.
+# Raw numbers go to build/bench/, the chart to build/bench/chart.svg; scenarios that are left out keep the numbers of their
+# last run. Takes about ten minutes and 6 GiB of disk.
 
 # shellcheck source=scripts/lib.sh
 source "$(dirname "$0")/lib.sh"

@@ -102,7 +102,7 @@ std::error_code takeOver(int file, const struct stat& replaced) {
 /// Lets the disk begin with what was written while more is made, for otherwise all of it waits for the flush
 /// at the end. Only the flush tells of errors.
 void startWritingBack(int file, std::int64_t written, std::int64_t& onItsWay) {
-    constexpr std::int64_t piece = 8 * 1024 * 1024;
+    constexpr std::int64_t piece = std::int64_t{8} << 20;
     if (written - onItsWay < piece) return;
     static_cast<void>(::sync_file_range(file, onItsWay, written - onItsWay, SYNC_FILE_RANGE_WRITE));
     onItsWay = written;

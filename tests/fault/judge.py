@@ -127,8 +127,8 @@ def describe(state):
 def wrong_order(calls, outputs, directory):
     """Durability: what each output is made of is flushed before it gets its name, the name after that.
 
-    Answers sentences about what a power cut could destroy; `outputs` are the paths of the files that changed, `directory`
-    is the one the program worked in.
+    Answers sentences about what a power cut could destroy; `outputs` are the paths of the files that changed,
+    `directory` is the one the program worked in.
     """
     wrong, renamed = [], set()
     for at, call in enumerate(calls):

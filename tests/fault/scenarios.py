@@ -67,7 +67,11 @@ class Scenario:
     def package(self, directory, *keys):
         """An add-on package with two files for each of the platforms `keys`."""
         platforms = [
-            platform(key, entry("VekApp", key + ".so", f"lib/{key}.so"), entry("Resource", key + ".ini", f"res/{key}.ini"))
+            platform(
+                key,
+                entry("VekApp", key + ".so", f"lib/{key}.so"),
+                entry("Resource", key + ".ini", f"res/{key}.ini"),
+            )
             for key in keys
         ]
         self.write(directory + "/vek_manifest.xml", package_manifest("dust", *platforms))
