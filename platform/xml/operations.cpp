@@ -23,8 +23,8 @@ zStatus fill(char* buffer, std::size_t capacity, std::string_view text, std::str
         return zStatus_Success;
     }
     return failure::record(zStatus_DoesNotFit,
-                           joined({what, " of <", item.name(), "> needs ", std::to_string(text.size() + 1),
-                                   " bytes, ", std::to_string(capacity), " are there"}));
+                           joined({what, " of <", item.name(), "> needs ", std::to_string(text.size()),
+                                   " bytes, ", std::to_string(capacity - 1), " are allowed"}));
 }
 
 zStatus refuseBuffer() {
