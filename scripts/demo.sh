@@ -52,7 +52,7 @@ host_script() {
     printf '</Startup>\n'
 }
 
-# upgrade_archive NAME SEED MODEL...: an upgrade archive of 45 members, three of them stored.
+# upgrade_archive NAME SEED MODEL...: an upgrade archive of 45 members, the firmware images among them stored.
 upgrade_archive() {
     local name=$1 seed=$2 tree part
     shift 2
@@ -101,7 +101,8 @@ results() { (cd "$demo" && find archives -name '*.pkg' -exec sha256sum {} + | so
 
 work() {
     (cd "$demo" && "$program" --config sample_config.xml --platform all &&
-        "$program" --file edge-detector.so --archive archives/sensor-arm64.pkg) >/dev/null 2>&1
+        "$program" --file edge-detector.so --archive archives/sensor-arm64.pkg) >/dev/null 2>&1 ||
+        fail 'the second run failed'
 }
 
 main() {
