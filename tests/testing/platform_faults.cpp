@@ -10,6 +10,7 @@
 #include "platform/base/failure.h"
 #include "platform/base/file.h"
 #include "platform/base/list.h"
+#include "platform/base/path.h"
 #include "platform/base/text.h"
 #include "platform/xml/xml.h"
 
@@ -83,6 +84,9 @@ TAVEK_WRAP(zStrPrintf, (char* destination, std::size_t capacity, const char* for
     va_end(arguments);
     text.resize(static_cast<std::size_t>(length));
     return real_zStrPrintf(destination, capacity, "%s", text.c_str());
+}
+TAVEK_WRAP(zPath_FileName, (const char* path, char* destination, std::size_t capacity)) {
+    TAVEK_FAIL_OR(zPath_FileName, (path, destination, capacity));
 }
 TAVEK_WRAP(zDirectory_Application, (char* destination, std::size_t capacity)) {
     if (isDue("zDirectory_Application")) return planned();
