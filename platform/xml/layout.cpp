@@ -103,7 +103,7 @@ std::string step(const Item& parent, const Line& line) {
     const Item& container = *parent.parent;
     if (container.parent == nullptr) return std::string(defaultStep);
     const Line outer = lineOf(container);
-    // A root that follows the declaration on its line, or begins the document, stands at the margin all the same.
+    // A root that follows the declaration on its line, or begins the document, stands at the margin too.
     const bool isRoot = container.parent->parent == nullptr;
     if ((!outer.isOwn && !isRoot) || !line.spaces.starts_with(outer.spaces)) return std::string(defaultStep);
     return line.spaces.substr(outer.spaces.size());
