@@ -91,7 +91,13 @@ check_windows() {
     run_tests windows
 }
 
-checks=(format layers scripts release asan clang tidy valgrind coverage faults windows)
+# Each fuzz target for half a minute of processor time.
+check_fuzz() {
+    need "${test_packages[@]}" clang
+    scripts/fuzz.sh --cpu 30 --jobs "$(nproc)"
+}
+
+checks=(format layers scripts release asan clang tidy valgrind coverage faults windows fuzz)
 
 main() {
     local chosen=("$@") name status failed=() passed=0
