@@ -100,12 +100,9 @@ Line lastLine(const Gap& gap) {
 
 /// The white space by which the children of `parent` stand further in than itself.
 std::string step(const Item& parent, const Line& line) {
-    const Item& container = *parent.parent;
-    if (container.parent == nullptr) return std::string(defaultStep);
-    const Line outer = lineOf(container);
-    // A root that follows the declaration on its line, or begins the document, stands at the margin too.
-    const bool isRoot = container.parent->parent == nullptr;
-    if ((!outer.isOwn && !isRoot) || !line.spaces.starts_with(outer.spaces)) return std::string(defaultStep);
+    if (parent.parent->parent == nullptr) return std::string(defaultStep);
+    const Line outer = lineOf(*parent.parent);
+    if (!outer.isOwn || !line.spaces.starts_with(outer.spaces)) return std::string(defaultStep);
     return line.spaces.substr(outer.spaces.size());
 }
 
