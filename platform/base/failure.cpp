@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 namespace failure {
 namespace {
@@ -18,7 +17,7 @@ Last last;
 
 void append(std::string_view text) {
     const std::size_t count = std::min(text.size(), last.detail.size() - last.length);
-    std::memcpy(last.detail.data() + last.length, text.data(), count);
+    text.copy(last.detail.data() + last.length, count);
     last.length += count;
 }
 

@@ -23,15 +23,15 @@ zStatus answer(std::string_view result, char* destination, std::size_t capacity)
         destination[0] = '\0';
         return status;
     }
-    // The result may be part of what lies in the buffer.
-    std::memmove(destination, result.data(), result.size());
+    // The result may be part of what lies in the buffer; an empty one may lie nowhere.
+    if (!result.empty()) std::memmove(destination, result.data(), result.size());
     destination[result.size()] = '\0';
     return zStatus_Success;
 }
 
 std::string_view directoryOf(std::string_view path) {
     const std::size_t separator = path.find_last_of(separators);
-    if (separator == std::string_view::npos) return path.substr(0, 0);
+    if (separator == std::string_view::npos) return {};
     return path.substr(0, std::max(separator, os::rootLength(path)));
 }
 

@@ -10,6 +10,13 @@
 
 int programMain(int count, char** words);
 
+// Takes the place of os::commandLine, which on Windows asks the system and not main for the words.
+std::vector<std::string> wordsOfMain(int count,
+                                     char** words) __asm__("__wrap__ZN2os11commandLineB5cxx11EiPPc");
+std::vector<std::string> wordsOfMain(int count, char** words) {
+    return {words, words + count};
+}
+
 namespace {
 
 using testing::StartsWith;

@@ -51,7 +51,7 @@ def limits(file_size):
 
 def start(program, arguments, directory, file_size=None, unprivileged=False, merged=False):
     """Runs the program in `directory`. `file_size` limits what a written file may hold, `merged` puts both
-    output streams into one, `unprivileged` takes root's rights away."""
+    output streams into one, `unprivileged` takes root's rights away when this is root."""
     other_user = (
         {"user": NOBODY, "group": NOBODY, "extra_groups": []} if unprivileged and os.getuid() == 0 else {}
     )

@@ -1,5 +1,6 @@
 """A scenario: files laid out in a scratch directory, one run of the program, and everything it may leave behind."""
 
+import contextlib
 import os
 import shutil
 import stat
@@ -34,11 +35,37 @@ def state_of(path):
     if stat.S_ISLNK(status.st_mode):
         content = os.readlink(path).encode()
     elif stat.S_ISREG(status.st_mode):
-        with open(path, "rb") as file:
-            content = file.read()
+        content = content_of(path, status.st_mode)
     # A directory's time changes with what comes and goes in it, temporary files among them.
     time = status.st_mtime_ns if stat.S_ISREG(status.st_mode) else 0
     return State(kind, stat.S_IMODE(status.st_mode), time, content)
+
+
+def content_of(path, mode):
+    try:
+        with open(path, "rb") as file:
+            return file.read()
+    except PermissionError:
+        os.chmod(path, 0o600)
+        try:
+            with open(path, "rb") as file:
+                return file.read()
+        finally:
+            os.chmod(path, stat.S_IMODE(mode))
+
+
+@contextlib.contextmanager
+def write_protected(root):
+    """As long as it lasts, nothing can be written into the directories of `root` but those open to everybody."""
+    modes = {directory: stat.S_IMODE(os.stat(directory).st_mode) for directory, _, _ in os.walk(root)}
+    protected = {directory: mode for directory, mode in modes.items() if not mode & stat.S_IWOTH}
+    for directory, mode in protected.items():
+        os.chmod(directory, mode & ~0o222)
+    try:
+        yield
+    finally:
+        for directory, mode in protected.items():
+            os.chmod(directory, mode)
 
 
 class Scenario(unittest.TestCase):
@@ -117,7 +144,9 @@ class Scenario(unittest.TestCase):
         as it was: bytes, mode and modification time.
         """
         before = self.snapshot()
-        result = program.start(self.program, arguments, self.root, **options)
+        rights = write_protected(self.root) if options.get("unprivileged") else contextlib.nullcontext()
+        with rights:
+            result = program.start(self.program, arguments, self.root, **options)
         self.compare_streams(result, stdout, stderr, status)
         after = self.snapshot()
         self.compare_files(before, after, files or {})
