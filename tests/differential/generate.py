@@ -202,7 +202,10 @@ class Generator:
         blob = build(members, self.pick([b"", b"", b"a comment"]))
         if self.trap(0.02):
             blob = self.pick([blob[:-5], blob + b"x", b"x" + blob, b"PK", build(members + members[:1])])
-        self.files[path.replace("\\", "/")] = blob
+        name = path.replace("\\", "/")
+        self.files[name] = blob
+        if self.chance(0.05):  # the result of an earlier run
+            self.files[os.path.join(os.path.dirname(name), "Custom-" + os.path.basename(name))] = b"earlier"
         return path
 
     def host_members(self, script):
@@ -222,7 +225,7 @@ class Generator:
         if self.chance(0.1):
             options["flags"] = HAS_DESCRIPTOR | (0 if name.isascii() else 0x0800)
         if self.trap(0.02):
-            method, options["raw"] = BZIP2, b"not looked into"
+            method, options["raw"] = self.pick([(BZIP2, b"not looked into"), (DEFLATED, b"\x07 no stream")])
         return Member(name, data, method, **options)
 
     def content(self):
@@ -239,6 +242,10 @@ class Generator:
         if not self.trap(0.03):
             value = self.pick(VERSIONS) if not self.trap(0.05) else self.long_text()
             items.insert(0, ("Version", {"value" if not self.trap(0.05) else "v": value}, None))
+        if self.chance(0.03):
+            items.insert(
+                self.dice.randrange(len(items) + 1), self.pick(["loose", " text ", "&amp;", "<![CDATA[ ]]>"])
+            )
         if self.chance(0.05):
             items.append(f"<!-- {self.pick(['R2', 'TX2', 'R8', 'nothing'])} -->")
         return items
@@ -301,7 +308,7 @@ class Generator:
             if not self.trap(0.1):
                 content[name.replace("\\", "/")] = self.content()
         if self.trap(0.02):
-            del content["vek_manifest.xml"]
+            content["below/vek_manifest.xml"] = content.pop("vek_manifest.xml")
         return self.stored_package(index, content)
 
     def package_manifest(self, groups):
@@ -327,6 +334,11 @@ class Generator:
             suffix = self.pick([".tar", ".tar.gz", ".tar.x"])
         data = packed(content, suffix.endswith("gz"))
         self.files[name + suffix] = data if not self.trap(0.05) else b"no tar file" * 200
+        if suffix and self.chance(0.2):  # the directory of an earlier run
+            place = os.path.splitext(name + suffix)[0]
+            self.files[place + "/libedge.so"] = b"of an earlier run"
+            if self.trap(0.2):
+                self.files[place + "/vek_manifest.xml"] = b"<stale/>"
         return name + suffix
 
 
