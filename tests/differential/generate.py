@@ -61,6 +61,7 @@ class Generator:
         self.dice = random.Random(seed)
         self.root = root
         self.files = {}
+        self.installed = []  # names of packages in the manifests
         self.wild = self.chance(0.4)
 
     def chance(self, share):
@@ -130,7 +131,9 @@ class Generator:
                     ["", "missing", "missing.tar", "cfg.xml", self.long_text(), load[0] if load else "x"]
                 )
             )
-        remove = self.some(NAMES, 2) if self.chance(0.35) else []
+        remove = self.some(self.installed or NAMES, 2) if self.chance(0.5) else []
+        if self.trap(0.1):
+            remove += self.some(NAMES, 2)
         if self.trap(0.05):
             remove.append(self.pick([self.long_text(), "", "unknown"]))
         self.files["host/bin/win64/cfg.xml"] = self.configuration(stock, load, remove)
@@ -264,12 +267,14 @@ class Generator:
             children[0] = self.pick([("BeVersion", {}, self.long_text()), ("Version", {}, "x")])
         for _ in range(self.dice.randint(0, 3)):
             name = self.pick(NAMES) if not self.trap(0.03) else self.long_text()
-            entry = ("VekApp", {"name": name}, self.package_files(destinations) or None)
+            self.installed.append(name)
+            entry = ("VekApp", {"name": name}, self.package_files(destinations, 0.1) or None)
             children.append(entry if not self.trap(0.04) else ("VekApp", {}, None))
         root = "VekAppPackage" if not self.trap(0.03) else "Other"
         return document(self.dice, (root, {}, children), 0.03 * self.wild)
 
-    def package_files(self, destinations):
+    def package_files(self, destinations, lacking=0.0):
+        """Files of a package; `lacking` is the share of those without a type, or without a destination."""
         kinds = ["VekApp", "VekApp", "Resource", "RESOURCE", "vekapp", "Other"]
         files = []
         for _ in range(self.dice.randint(0, 3)):
@@ -278,7 +283,7 @@ class Generator:
             if not self.wild:
                 destination = destination or destinations[0]
             source = self.pick(SOURCES) if not self.trap(0.03) else self.long_text()
-            files.append(package_file(self.dice, kind, source, destination, self.wild))
+            files.append(package_file(self.dice, kind, source, destination, lacking or 0.05 * self.wild))
         return files
 
     def installation(self, path):
