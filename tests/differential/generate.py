@@ -62,7 +62,7 @@ class Generator:
         self.root = root
         self.files = {}
         self.installed = []  # names of packages in the manifests
-        self.wild = self.chance(0.4)
+        self.wild = self.chance(0.35)
 
     def chance(self, share):
         return self.dice.random() < share
@@ -118,7 +118,7 @@ class Generator:
     # ---- Batch -------------------------------------------------------------------------------------------
 
     def batch(self):
-        count = self.dice.randint(0, 3) if self.wild else self.pick([1, 1, 1, 2, 3])
+        count = self.dice.randint(0, 3) if self.wild else self.pick([1, 1, 1, 1, 2, 3])
         stock = [self.target(index) for index in range(count)]
         if stock and self.chance(0.08):
             stock.append(self.pick([stock[0], "Custom-" + stock[0], "", self.root + "/" + stock[0]]))
@@ -131,7 +131,9 @@ class Generator:
                     ["", "missing", "missing.tar", "cfg.xml", self.long_text(), load[0] if load else "x"]
                 )
             )
-        remove = self.some(self.installed or NAMES, 2) if self.chance(0.5) else []
+        remove = [self.pick(self.installed)] if self.installed and self.chance(0.6) else []
+        if remove and self.chance(0.3):
+            remove.append(self.pick(self.installed))
         if self.trap(0.1):
             remove += self.some(NAMES, 2)
         if self.trap(0.05):
