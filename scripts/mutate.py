@@ -158,8 +158,11 @@ def git(*words):
 def prepare():
     """Brings the copy to the state of the working tree, and configures its build."""
     SOURCE.mkdir(parents=True, exist_ok=True)
-    listed = git("ls-files").split("\n")
-    for path in filter(None, listed):
+    listed = {path for path in git("ls-files").split("\n") if (REPOSITORY / path).is_file()}
+    for path in SOURCE.rglob("*"):
+        if path.is_file() and str(path.relative_to(SOURCE)) not in listed:
+            path.unlink()
+    for path in sorted(listed):
         target = SOURCE / path
         content = (REPOSITORY / path).read_bytes()
         if not target.exists() or target.read_bytes() != content:

@@ -123,9 +123,21 @@ def judged(options, samples):
     return flat
 
 
+def memory_directory(size):
+    """Where files of `size` bytes in all lie in memory, None when there is no such place."""
+    try:
+        system = os.statvfs("/dev/shm")
+    except OSError:
+        return None
+    is_roomy = system.f_bavail * system.f_frsize > size
+    return "/dev/shm" if is_roomy and os.access("/dev/shm", os.W_OK) else None
+
+
 def main(arguments):
     options = options_of(arguments)
-    root = tempfile.mkdtemp(prefix="tavek-load-", dir="/dev/shm" if os.access("/dev/shm", os.W_OK) else None)
+    root = tempfile.mkdtemp(
+        prefix="tavek-load-", dir=memory_directory(3 * options.archives * options.size * 1024)
+    )
     try:
         status, saved, samples = watched(os.path.abspath(options.program), lay_out(root, options))
         print(f"{saved} of {options.archives} archives saved, exit status {status}")
