@@ -17,7 +17,9 @@ cd "$repository"
 build=$repository/build/fuzz
 corpus=$build/corpus
 findings=$build/findings
-longest_slice=300 # seconds on the clock, after which the corpus is read anew and the time is taken
+# Seconds on the clock that one run of a fuzzer may take; then its processor time is known, and the corpus read anew.
+shortest_slice=10
+longest_slice=300
 
 targets() { for source in tests/fuzz/*_fuzz.cpp; do basename "$source" _fuzz.cpp; done; }
 
@@ -45,8 +47,8 @@ figure() { { grep -oE "$2 *[0-9]+" "$1" || echo 0; } | tail -n 1 | grep -oE '[0-
 
 # slice_length BUDGET SPENT: whole seconds that the next slice may take, 0 when nothing is left.
 slice_length() {
-    awk -v left="$(awk "BEGIN { print $1 - $2 }")" -v most="$longest_slice" \
-        'BEGIN { print (left <= 0) ? 0 : (left > most) ? most : int(left + 0.999) }'
+    awk -v left="$(awk "BEGIN { print $1 - $2 }")" -v least="$shortest_slice" -v most="$longest_slice" \
+        'BEGIN { print (left <= 0) ? 0 : (left < least) ? least : (left > most) ? most : int(left + 0.999) }'
 }
 
 # fuzz TARGET SECONDS RESULT: slices until the processor time is spent; writes the target's row of the table.

@@ -61,7 +61,8 @@ class Generator:
         self.dice = random.Random(seed)
         self.root = root
         self.files = {}
-        self.wild = self.chance(0.4)
+        self.installed = []  # names of packages in the manifests
+        self.wild = self.chance(0.35)
 
     def chance(self, share):
         return self.dice.random() < share
@@ -117,7 +118,7 @@ class Generator:
     # ---- Batch -------------------------------------------------------------------------------------------
 
     def batch(self):
-        count = self.dice.randint(0, 3) if self.wild else self.pick([1, 1, 1, 2, 3])
+        count = self.dice.randint(0, 3) if self.wild else self.pick([1, 1, 1, 1, 2, 3])
         stock = [self.target(index) for index in range(count)]
         if stock and self.chance(0.08):
             stock.append(self.pick([stock[0], "Custom-" + stock[0], "", self.root + "/" + stock[0]]))
@@ -130,7 +131,11 @@ class Generator:
                     ["", "missing", "missing.tar", "cfg.xml", self.long_text(), load[0] if load else "x"]
                 )
             )
-        remove = self.some(NAMES, 2) if self.chance(0.35) else []
+        remove = [self.pick(self.installed)] if self.installed and self.chance(0.6) else []
+        if remove and self.chance(0.3):
+            remove.append(self.pick(self.installed))
+        if self.trap(0.1):
+            remove += self.some(NAMES, 2)
         if self.trap(0.05):
             remove.append(self.pick([self.long_text(), "", "unknown"]))
         self.files["host/bin/win64/cfg.xml"] = self.configuration(stock, load, remove)
@@ -202,7 +207,10 @@ class Generator:
         blob = build(members, self.pick([b"", b"", b"a comment"]))
         if self.trap(0.02):
             blob = self.pick([blob[:-5], blob + b"x", b"x" + blob, b"PK", build(members + members[:1])])
-        self.files[path.replace("\\", "/")] = blob
+        name = path.replace("\\", "/")
+        self.files[name] = blob
+        if self.chance(0.05):  # the result of an earlier run
+            self.files[os.path.join(os.path.dirname(name), "Custom-" + os.path.basename(name))] = b"earlier"
         return path
 
     def host_members(self, script):
@@ -222,7 +230,7 @@ class Generator:
         if self.chance(0.1):
             options["flags"] = HAS_DESCRIPTOR | (0 if name.isascii() else 0x0800)
         if self.trap(0.02):
-            method, options["raw"] = BZIP2, b"not looked into"
+            method, options["raw"] = self.pick([(BZIP2, b"not looked into"), (DEFLATED, b"\x07 no stream")])
         return Member(name, data, method, **options)
 
     def content(self):
@@ -239,6 +247,10 @@ class Generator:
         if not self.trap(0.03):
             value = self.pick(VERSIONS) if not self.trap(0.05) else self.long_text()
             items.insert(0, ("Version", {"value" if not self.trap(0.05) else "v": value}, None))
+        if self.chance(0.03):
+            items.insert(
+                self.dice.randrange(len(items) + 1), self.pick(["loose", " text ", "&amp;", "<![CDATA[ ]]>"])
+            )
         if self.chance(0.05):
             items.append(f"<!-- {self.pick(['R2', 'TX2', 'R8', 'nothing'])} -->")
         return items
@@ -257,12 +269,14 @@ class Generator:
             children[0] = self.pick([("BeVersion", {}, self.long_text()), ("Version", {}, "x")])
         for _ in range(self.dice.randint(0, 3)):
             name = self.pick(NAMES) if not self.trap(0.03) else self.long_text()
-            entry = ("VekApp", {"name": name}, self.package_files(destinations) or None)
+            self.installed.append(name)
+            entry = ("VekApp", {"name": name}, self.package_files(destinations, 0.1) or None)
             children.append(entry if not self.trap(0.04) else ("VekApp", {}, None))
         root = "VekAppPackage" if not self.trap(0.03) else "Other"
         return document(self.dice, (root, {}, children), 0.03 * self.wild)
 
-    def package_files(self, destinations):
+    def package_files(self, destinations, lacking=0.0):
+        """Files of a package; `lacking` is the share of those without a type, or without a destination."""
         kinds = ["VekApp", "VekApp", "Resource", "RESOURCE", "vekapp", "Other"]
         files = []
         for _ in range(self.dice.randint(0, 3)):
@@ -271,7 +285,7 @@ class Generator:
             if not self.wild:
                 destination = destination or destinations[0]
             source = self.pick(SOURCES) if not self.trap(0.03) else self.long_text()
-            files.append(package_file(self.dice, kind, source, destination, self.wild))
+            files.append(package_file(self.dice, kind, source, destination, lacking or 0.05 * self.wild))
         return files
 
     def installation(self, path):
@@ -301,7 +315,7 @@ class Generator:
             if not self.trap(0.1):
                 content[name.replace("\\", "/")] = self.content()
         if self.trap(0.02):
-            del content["vek_manifest.xml"]
+            content["below/vek_manifest.xml"] = content.pop("vek_manifest.xml")
         return self.stored_package(index, content)
 
     def package_manifest(self, groups):
@@ -327,6 +341,11 @@ class Generator:
             suffix = self.pick([".tar", ".tar.gz", ".tar.x"])
         data = packed(content, suffix.endswith("gz"))
         self.files[name + suffix] = data if not self.trap(0.05) else b"no tar file" * 200
+        if suffix and self.chance(0.2):  # the directory of an earlier run
+            place = os.path.splitext(name + suffix)[0]
+            self.files[place + "/libedge.so"] = b"of an earlier run"
+            if self.trap(0.2):
+                self.files[place + "/vek_manifest.xml"] = b"<stale/>"
         return name + suffix
 
 

@@ -119,16 +119,16 @@ def script_file(dice, name, source, models):
     return (kind, attributes, [("Or", {}, tests or None)])
 
 
-def package_file(dice, kind, source, destination, wild):
+def package_file(dice, kind, source, destination, lacking):
     children = [("Source", {}, source), ("Destination", {}, destination or None)]
-    if wild and dice.random() < 0.05:
+    if dice.random() < lacking / 2:
         children.pop(dice.randrange(2))
     if dice.random() < 0.1:
         children.append(("Remark", {"lang": "en"}, "for <all>"))
     if dice.random() < 0.05:
         children.reverse()
     attributes = {"type": kind}
-    if wild and dice.random() < 0.04:
+    if dice.random() < lacking:
         attributes = {}
     if dice.random() < 0.1:
         attributes["since"] = 'a "quoted" & <odd> value'

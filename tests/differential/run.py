@@ -49,12 +49,19 @@ def tasks(options, scratch):
         yield number, options, os.path.abspath(root)
 
 
+def memory_directory():
+    """Where files lie in memory, if programs may be started there; None otherwise."""
+    try:
+        system = os.statvfs("/dev/shm")
+    except OSError:
+        return None
+    return None if system.f_flag & os.ST_NOEXEC or not os.access("/dev/shm", os.W_OK) else "/dev/shm"
+
+
 def main(arguments):
     options = options_of(arguments)
     os.environ["TAVEK_PROGRAM"] = os.path.abspath(options.program)
-    scratch = tempfile.mkdtemp(
-        prefix="tavek-differential-", dir="/dev/shm" if os.path.isdir("/dev/shm") else None
-    )
+    scratch = tempfile.mkdtemp(prefix="tavek-differential-", dir=memory_directory())
     print(f"seed {options.seed}, cases {options.first} to {options.first + options.runs - 1}", flush=True)
     try:
         with multiprocessing.Pool(options.jobs) as pool:

@@ -6,6 +6,7 @@
 
 #include "TaVekUtil/archive/unified_manifest.h"
 #include "TaVekUtil/batch/package_loading.h"
+#include "platform/os/os.h"
 #include "tests/fuzz/fuzz_support.h"
 #include "tests/testing/scratch_directory.h"
 #include "tests/testing/xml_tree.h"
@@ -45,7 +46,7 @@ bool walkFiles(zHandle document, zXmlItem group, const std::string& platform, co
         if (!type || !source || !destination) return false;
         const std::size_t begin = source->find_first_not_of("/\\");
         const std::string below = begin == std::string::npos ? "" : source->substr(begin);
-        const std::string path = source->empty() ? directory : directory + "/" + below;
+        const std::string path = source->empty() ? directory : directory + os::pathSeparator + below;
         if (path.size() >= 512) return false;
         package.files.push_back({platform.substr(0, 31), *type, *source, *destination, path});
     }

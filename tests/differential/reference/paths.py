@@ -114,9 +114,12 @@ class Disk:
 
     def could_lie(self, path):
         """Whether nothing but the file itself, or a directory above it, is missing."""
-        return all(size(part) <= 255 for part in path.replace("\\", "/").split("/")) and not self.under_file(
-            path
-        )
+        return not self.has_long_name(path) and not self.under_file(path)
+
+    @staticmethod
+    def has_long_name(path):
+        """Whether a part is longer than file systems take, which is another fault than that it is missing."""
+        return any(size(part) > 255 for part in path.replace("\\", "/").split("/"))
 
     def under_file(self, path):
         parts = path.replace("\\", "/").rstrip("/").split("/")
@@ -134,9 +137,9 @@ class Disk:
 
     def delete(self, path):
         found = self.look(path)
-        if found is None:
+        if found is None and not self.has_long_name(path):
             raise Status("not found")
-        if found == DIRECTORY:
+        if found is None or found == DIRECTORY:
             raise Status("any")
         del self.files[self.place(path)]
 
