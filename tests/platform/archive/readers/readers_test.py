@@ -1,0 +1,245 @@
+#!/usr/bin/env python3
+"""Lets other programs read what the container writes.
+
+    readers_test.py --carrier archive_carrier [--corpus DIR] [-v] [CLASS...]
+
+Without classes all but Large run. Large needs 14 GiB of disk and some minutes: a member beyond 4 GiB in the archive,
+a hole in the file it is loaded from, is real bytes in the one that is saved.
+"""
+
+import argparse
+import csv
+import os
+import pathlib
+import struct
+import subprocess
+import sys
+import tempfile
+import unittest
+import zipfile
+import zlib
+
+import other_readers
+
+GIB = 1 << 30
+OPTIONS = argparse.Namespace(carrier="", corpus="")
+
+
+class Readers(unittest.TestCase):
+    def setUp(self):
+        missing = other_readers.missing()
+        if missing:
+            self.skipTest(f"not installed: {', '.join(missing)}")
+        scratch = tempfile.TemporaryDirectory(prefix="tavek-readers-")
+        self.addCleanup(scratch.cleanup)
+        self.scratch = pathlib.Path(scratch.name)
+        self.saved = self.scratch / "saved.zip"
+
+    def carry(self, *words):
+        done = subprocess.run([OPTIONS.carrier, *map(str, words)], capture_output=True, text=True, check=False)
+        self.assertEqual((done.returncode, done.stderr), (0, ""), words)
+        return done.stdout
+
+    def expect_sound(self, members, zip64=False):
+        """Every reader finds `members` ({name: (method, size, crc)}, or how many) in what was saved."""
+        for program in other_readers.PROGRAMS:
+            self.assertEqual(other_readers.verdict(program, self.saved), 0, program)
+        found = other_readers.members(self.saved)
+        count = members if isinstance(members, int) else len(members)
+        self.assertEqual(len(found), count)
+        if not isinstance(members, int):
+            self.assertEqual(list(found.items()), list(members.items()))
+        if count > 5000:
+            return  # half a million lines of a listing say nothing new
+        wanted = {"LOCAL HEADER": count, "CENTRAL HEADER": count, "END CENTRAL HEADER": 1}
+        if zip64:
+            wanted.update({"ZIP64 END CENTRAL DIR RECORD": 1, "ZIP64 END CENTRAL DIR LOCATOR": 1})
+        self.assertEqual(other_readers.listing(self.saved), {name: n for name, n in wanted.items() if n})
+
+
+class Corpus(Readers):
+    """Each sound archive of the corpus, with a member added, is as readable as it was."""
+
+    ADDED = "added by the test"
+
+    def test_sound_archives_stay_so(self):
+        table = pathlib.Path(OPTIONS.corpus) / "expected.tsv"
+        if not table.exists():
+            self.skipTest(f"there is no corpus at {OPTIONS.corpus}")
+        with open(table, encoding="utf-8", newline="") as lines:
+            rows = list(csv.DictReader(lines, delimiter="\t"))
+        sound = [row for row in rows if row["verdict"] == "must-load" and "member is damaged" not in row["why"]]
+        self.assertGreater(len(sound), 40)
+        for row in sound:
+            with self.subTest(row["file"], why=row["why"]):
+                self.expect_carried(table.parent / row["file"])
+
+    def expect_carried(self, original):
+        self.carry("load", original, "add", self.ADDED, 1000, "save", self.saved)
+        for program in other_readers.PROGRAMS:
+            before = other_readers.verdict(program, original)
+            after = other_readers.verdict(program, self.saved)
+            # An empty archive is a warning to unzip, and a password or a method it lacks an error.
+            self.assertIn(after, (0, before), program)
+        members = other_readers.members(original)
+        members[self.ADDED] = (0, 1000, zlib.crc32(b"x" * 1000))
+        self.assertEqual(list(other_readers.members(self.saved).items()), list(members.items()))
+
+
+class Shapes(Readers):
+    """Archives of every shape that a container can have."""
+
+    @staticmethod
+    def added(*sizes):
+        return {f"many/{i}": (0, size, zlib.crc32(b"x" * size)) for i, size in enumerate(sizes)}
+
+    def test_no_members(self):
+        self.carry("save", self.saved)
+        with zipfile.ZipFile(self.saved) as archive:
+            self.assertEqual(archive.namelist(), [])
+        self.assertEqual(other_readers.verdict("7z", self.saved), 0)
+        self.assertEqual(other_readers.listing(self.saved), {"END CENTRAL HEADER": 1})
+
+    def test_empty_members(self):
+        self.carry("add-many", 100, 0, "save", self.saved)
+        self.expect_sound(self.added(*[0] * 100))
+
+    def test_sizes_around_those_of_buffers(self):
+        sizes = [1, 65535, 65536, 65537, 262143, 262144, 262145, 5_000_000]
+        words = [word for i, size in enumerate(sizes) for word in ("add", f"many/{i}", size)]
+        self.carry(*words, "save", self.saved)
+        self.expect_sound(self.added(*sizes))
+
+    def test_names(self):
+        names = ["data/12345-a", "größe/日本", "a b", "x" * 240, "dir/"]
+        self.carry(*[word for name in names for word in ("add", name, 0 if name.endswith("/") else 5)],
+                   "save", self.saved)
+        self.expect_sound({name: (0, 5 * (not name.endswith("/")), zlib.crc32(b"" if name.endswith("/") else b"xxxxx"))
+                           for name in names})
+
+    def test_the_last_count_without_zip64_and_the_first_with(self):
+        for count in (65534, 65535, 65536):
+            self.carry("add-many", count, 1, "save", self.saved)
+            self.expect_sound(count, zip64=count > 65534)
+
+    def test_100_000_members_over_edits(self):
+        self.carry("add-many", 100_000, 3, "save", self.saved)
+        self.expect_sound(100_000, zip64=True)
+        self.carry("load", self.saved, "delete", "many/0", "add", "last", 7, "save", self.saved)
+        self.expect_sound(100_000, zip64=True)
+        # Down to where ZIP64 is no longer needed.
+        deletions = [word for i in range(1, 99_000) for word in ("delete", f"many/{i}")]
+        for start in range(0, len(deletions), 20_000):
+            self.carry("load", self.saved, *deletions[start:start + 20_000], "save", self.saved)
+        left = {f"many/{i}": (0, 3, zlib.crc32(b"xxx")) for i in range(99_000, 100_000)}
+        self.expect_sound(left | {"last": (0, 7, zlib.crc32(b"x" * 7))})
+
+    def test_zip64_by_the_size_of_a_deflated_member(self):
+        """4 GiB and a byte of zeros are 4 MiB deflated: both sizes and checksum are checked while it is carried."""
+        loaded = self.scratch / "loaded.zip"
+        with zipfile.ZipFile(loaded, "w", zipfile.ZIP_DEFLATED, compresslevel=1) as archive:
+            archive.writestr("front", b"f")
+            with archive.open("zeros", "w", force_zip64=True) as member:
+                zeros = bytes(64 << 20)
+                for _ in range(64):
+                    member.write(zeros)
+                member.write(b"\0")
+            wanted = {info.filename: (info.compress_type, info.file_size, info.CRC) for info in archive.infolist()}
+        self.assertEqual(wanted["zeros"][1], 4 * GIB + 1)
+        self.carry("load", loaded, "delete", "front", "add", "last", 3, "save", self.saved)
+        del wanted["front"]
+        self.expect_sound(wanted | {"last": (0, 3, zlib.crc32(b"xxx"))})
+
+
+class Large(Readers):
+    """Members and offsets beyond 4 GiB. The archives that are loaded have holes for content."""
+
+    def setUp(self):
+        super().setUp()
+        status = os.statvfs(self.scratch)
+        if status.f_bavail * status.f_frsize < 14 * GIB:
+            self.skipTest("less than 14 GiB of disk are free")
+
+    def write_with_holes(self, path, members):
+        """Writes stored members of zeros: each (name, size), with ZIP64 records where they are needed."""
+        directory = b""
+        with open(path, "wb") as file:
+            for name, size in members:
+                offset = file.tell()
+                crc = zeros_crc(size)
+                wide = size >= 0xFFFFFFFF
+                extra = struct.pack("<HHQQ", 1, 16, size, size) if wide else b""
+                plain = 0xFFFFFFFF if wide else size
+                common = struct.pack("<HHHHHIIIHH", 45, 0, 0, 0, 0x21, crc, plain, plain, len(name), len(extra))
+                file.write(b"PK\3\4" + common + name + extra)
+                file.seek(size, os.SEEK_CUR)
+                far = offset >= 0xFFFFFFFF
+                values = ((size, size) if wide else ()) + ((offset,) if far else ())
+                extra = struct.pack(f"<HH{len(values)}Q", 1, 8 * len(values), *values) if values else b""
+                common = common[:-2] + struct.pack("<H", len(extra))
+                directory += (b"PK\1\2" + struct.pack("<H", 45) + common + struct.pack("<HHHI", 0, 0, 0, 0)
+                              + struct.pack("<I", 0xFFFFFFFF if far else offset) + name + extra)
+            begin = file.tell()
+            file.write(directory)
+            file.write(b"PK\6\6" + struct.pack("<QHHIIQQQQ", 44, 45, 45, 0, 0, len(members), len(members),
+                                               len(directory), begin))
+            file.write(b"PK\6\7" + struct.pack("<IQI", 0, begin + len(directory), 1))
+            file.write(b"PK\5\6" + struct.pack("<HHHHIIH", 0, 0, len(members), len(members), len(directory),
+                                               min(begin, 0xFFFFFFFF), 0))
+
+    def expect_carried(self, members, *edit):
+        loaded = self.scratch / "loaded.zip"
+        self.write_with_holes(loaded, members)
+        self.carry("load", loaded, *edit, "add", "last", 3, "save", self.saved)
+        wanted = {name.decode(): (0, size, zeros_crc(size)) for name, size in members if name.decode() not in edit}
+        self.expect_sound(wanted | {"last": (0, 3, zlib.crc32(b"xxx"))}, zip64=True)
+
+    def test_a_member_of_exactly_the_mark(self):
+        self.expect_carried([(b"front", 1), (b"big", 0xFFFFFFFF), (b"behind", 5)])
+
+    def test_members_whose_offsets_get_across_the_mark(self):
+        # "small" lies beyond 4 GiB in the one archive and below in the other.
+        self.expect_carried([(b"one", 3 * GIB), (b"two", 3 * GIB // 2), (b"small", 5)])
+        self.saved.unlink()
+        loaded = self.scratch / "loaded.zip"
+        self.carry("load", loaded, "delete", "two", "add", "last", 3, "save", self.saved)
+        wanted = {"one": (0, 3 * GIB, zeros_crc(3 * GIB)), "small": (0, 5, zeros_crc(5))}
+        self.expect_sound(wanted | {"last": (0, 3, zlib.crc32(b"xxx"))})
+
+    def test_an_added_member_beyond_4_gib(self):
+        with open("/proc/meminfo", encoding="ascii") as lines:
+            available = next(int(line.split()[1]) for line in lines if line.startswith("MemAvailable"))
+        if available < 10 << 20:
+            self.skipTest("less than 10 GiB of memory are free: an added member is held in memory")
+        size = 4 * GIB + 7
+        self.carry("add", "big", size, "add", "behind", 1, "save", self.saved)
+        crc = 0
+        for _ in range(64):
+            crc = zlib.crc32(b"x" * (64 << 20), crc)
+        crc = zlib.crc32(b"x" * 7, crc)
+        self.expect_sound({"big": (0, size, crc), "behind": (0, 1, zlib.crc32(b"x"))}, zip64=True)
+
+
+def zeros_crc(size):
+    crc, block = 0, bytes(64 << 20)
+    while size > 0:
+        crc = zlib.crc32(block[:size], crc)
+        size -= len(block)
+    return crc
+
+
+def main():
+    parser = argparse.ArgumentParser(description="Lets other programs read what the container writes.")
+    parser.add_argument("--carrier", required=True, help="the program that does with containers what it is told")
+    parser.add_argument("--corpus", default="", help="archives that other programs made, with expected.tsv")
+    parser.add_argument("-v", dest="verbosity", action="store_const", const=2, default=1)
+    parser.add_argument("classes", nargs="*", default=["Corpus", "Shapes"])
+    options = parser.parse_args(namespace=OPTIONS)
+    suite = unittest.defaultTestLoader.loadTestsFromNames(options.classes, sys.modules[__name__])
+    outcome = unittest.TextTestRunner(verbosity=options.verbosity).run(suite)
+    return 0 if outcome.wasSuccessful() and outcome.testsRun else 1
+
+
+if __name__ == "__main__":
+    sys.dont_write_bytecode = True
+    sys.exit(main())
