@@ -46,7 +46,7 @@ def listing(path):
     if done.returncode != 0 or re.search(r"unexpected|warning|error|trailing|gap|padding", text, re.I):
         raise AssertionError(f"zipdetails on {path}:\n{text[-3000:]}")
     counts = {}
-    for record in re.findall(r"(LOCAL HEADER|CENTRAL HEADER|ZIP64 END CENTRAL DIR (?:RECORD|LOCATOR)|END CENTRAL HEADER)",
-                             text):
+    for record in re.findall(r"^[0-9A-F]+ (LOCAL HEADER|CENTRAL HEADER|ZIP64 END CENTRAL DIR|END CENTRAL HEADER)\b.* [0-9A-F]{8}$",
+                             text, re.M):
         counts[record] = counts.get(record, 0) + 1
     return counts

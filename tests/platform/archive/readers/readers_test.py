@@ -3,8 +3,8 @@
 
     readers_test.py --carrier archive_carrier [--corpus DIR] [-v] [CLASS...]
 
-Without classes all but Large run. Large needs 14 GiB of disk and some minutes: a member beyond 4 GiB in the archive,
-a hole in the file it is loaded from, is real bytes in the one that is saved.
+Without classes all but Large run. Large needs 14 GiB of disk and some minutes: what is a hole in the file that is
+loaded is real bytes in the one that is saved.
 """
 
 import argparse
@@ -26,6 +26,8 @@ OPTIONS = argparse.Namespace(carrier="", corpus="")
 
 
 class Readers(unittest.TestCase):
+    programs = set(other_readers.PROGRAMS)
+
     def setUp(self):
         missing = other_readers.missing()
         if missing:
@@ -42,7 +44,7 @@ class Readers(unittest.TestCase):
 
     def expect_sound(self, members, zip64=False):
         """Every reader finds `members` ({name: (method, size, crc)}, or how many) in what was saved."""
-        for program in other_readers.PROGRAMS:
+        for program in self.programs:
             self.assertEqual(other_readers.verdict(program, self.saved), 0, program)
         found = other_readers.members(self.saved)
         count = members if isinstance(members, int) else len(members)
@@ -53,7 +55,7 @@ class Readers(unittest.TestCase):
             return  # half a million lines of a listing say nothing new
         wanted = {"LOCAL HEADER": count, "CENTRAL HEADER": count, "END CENTRAL HEADER": 1}
         if zip64:
-            wanted.update({"ZIP64 END CENTRAL DIR RECORD": 1, "ZIP64 END CENTRAL DIR LOCATOR": 1})
+            wanted["ZIP64 END CENTRAL DIR"] = 2  # the record and its locator
         self.assertEqual(other_readers.listing(self.saved), {name: n for name, n in wanted.items() if n})
 
 
@@ -144,67 +146,69 @@ class Large(Readers):
         if status.f_bavail * status.f_frsize < 14 * GIB:
             self.skipTest("less than 14 GiB of disk are free")
 
-    def write_with_holes(self, path, members):
-        """Writes stored members of zeros: each (name, size), with ZIP64 records where they are needed."""
-        directory = b""
-        with open(path, "wb") as file:
-            for name, size in members:
-                offset = file.tell()
-                crc = zeros_crc(size)
-                wide = size >= 0xFFFFFFFF
-                extra = struct.pack("<HHQQ", 1, 16, size, size) if wide else b""
-                plain = 0xFFFFFFFF if wide else size
-                common = struct.pack("<HHHHHIIIHH", 45, 0, 0, 0, 0x21, crc, plain, plain, len(name), len(extra))
-                file.write(b"PK\3\4" + common + name + extra)
-                file.seek(size, os.SEEK_CUR)
-                far = offset >= 0xFFFFFFFF
-                values = ((size, size) if wide else ()) + ((offset,) if far else ())
-                extra = struct.pack(f"<HH{len(values)}Q", 1, 8 * len(values), *values) if values else b""
-                common = common[:-2] + struct.pack("<H", len(extra))
-                directory += (b"PK\1\2" + struct.pack("<H", 45) + common + struct.pack("<HHHI", 0, 0, 0, 0)
-                              + struct.pack("<I", 0xFFFFFFFF if far else offset) + name + extra)
-            begin = file.tell()
-            file.write(directory)
-            file.write(b"PK\6\6" + struct.pack("<QHHIIQQQQ", 44, 45, 45, 0, 0, len(members), len(members),
-                                               len(directory), begin))
-            file.write(b"PK\6\7" + struct.pack("<IQI", 0, begin + len(directory), 1))
-            file.write(b"PK\5\6" + struct.pack("<HHHHIIH", 0, 0, len(members), len(members), len(directory),
-                                               min(begin, 0xFFFFFFFF), 0))
-
-    def expect_carried(self, members, *edit):
-        loaded = self.scratch / "loaded.zip"
-        self.write_with_holes(loaded, members)
-        self.carry("load", loaded, *edit, "add", "last", 3, "save", self.saved)
-        wanted = {name.decode(): (0, size, zeros_crc(size)) for name, size in members if name.decode() not in edit}
-        self.expect_sound(wanted | {"last": (0, 3, zlib.crc32(b"xxx"))}, zip64=True)
-
-    def test_zip64_by_the_size_of_a_deflated_member(self):
-        """4 GiB and a byte of zeros are 4 MiB deflated: both sizes and checksum are checked while it is carried."""
-        loaded = self.scratch / "loaded.zip"
-        with zipfile.ZipFile(loaded, "w", zipfile.ZIP_DEFLATED, compresslevel=1) as archive:
+    def deflated_zeros(self, size):
+        """Writes an archive of a member and `size` deflated zeros; answers the fields of the zeros."""
+        with zipfile.ZipFile(self.scratch / "loaded.zip", "w", zipfile.ZIP_DEFLATED, compresslevel=1) as archive:
             archive.writestr("front", b"f")
             with archive.open("zeros", "w", force_zip64=True) as member:
-                zeros = bytes(64 << 20)
-                for _ in range(64):
-                    member.write(zeros)
-                member.write(b"\0")
-            wanted = {info.filename: (info.compress_type, info.file_size, info.CRC) for info in archive.infolist()}
-        self.assertEqual(wanted["zeros"][1], 4 * GIB + 1)
-        self.carry("load", loaded, "delete", "front", "add", "last", 3, "save", self.saved)
-        del wanted["front"]
+                block = bytes(64 << 20)
+                for at in range(0, size, len(block)):
+                    member.write(block[:size - at])
+            zeros = archive.infolist()[1]
+        self.assertEqual(zeros.file_size, size)
+        return {"zeros": (zeros.compress_type, zeros.file_size, zeros.CRC)}
+
+    def expect_zeros_carried(self, size):
+        wanted = self.deflated_zeros(size)
+        self.carry("load", self.scratch / "loaded.zip", "delete", "front", "add", "last", 3, "save", self.saved)
         self.expect_sound(wanted | {"last": (0, 3, zlib.crc32(b"xxx"))})
+
+    def test_a_deflated_member_beyond_4_gib(self):
+        """4 GiB of zeros are 4 MiB deflated: both sizes and the checksum are checked while it is carried."""
+        self.expect_zeros_carried(4 * GIB + 1)
 
     def test_a_member_of_exactly_the_mark(self):
-        self.expect_carried([(b"front", 1), (b"big", 0xFFFFFFFF), (b"behind", 5)])
+        # unzip 6.0 takes the true size for the mark once more, at the members behind this one.
+        self.programs = {"7z"}
+        self.expect_zeros_carried(0xFFFFFFFF)
 
-    def test_members_whose_offsets_get_across_the_mark(self):
-        # "small" lies beyond 4 GiB in the one archive and below in the other.
-        self.expect_carried([(b"one", 3 * GIB), (b"two", 3 * GIB // 2), (b"small", 5)])
-        self.saved.unlink()
+    def write_with_hole(self, path):
+        """Writes stored members "near", "big", with a hole for its zeros, and "far" behind 4 GiB; the directory lists
+        "big" first."""
+        big = 4 * GIB + 3
+        headers = {}
+        with open(path, "wb") as file:
+            for name, size in ((b"near", 1), (b"big", big), (b"far", 5)):
+                offset = file.tell()
+                wide = size > 0xFFFFFFFF
+                plain = 0xFFFFFFFF if wide else size
+                sizes = (size, size) if wide else ()
+                common = struct.pack("<HHHIIIIH", 45, 0, 0, 0x210000, zeros_crc(size), plain, plain, len(name))
+                local = struct.pack("<HH2Q", 1, 16, *sizes) if wide else b""
+                file.write(b"PK\3\4" + common + struct.pack("<H", len(local)) + name + local)
+                file.seek(size, os.SEEK_CUR)
+                values = sizes + ((offset,) if offset > 0xFFFFFFFF else ())
+                extra = struct.pack(f"<HH{len(values)}Q", 1, 8 * len(values), *values) if values else b""
+                headers[name] = (b"PK\1\2" + struct.pack("<H", 45) + common
+                                 + struct.pack("<HHHHII", len(extra), 0, 0, 0, 0, min(offset, 0xFFFFFFFF)) + name + extra)
+            begin = file.tell()
+            directory = headers[b"big"] + headers[b"near"] + headers[b"far"]
+            file.write(directory)
+            file.write(b"PK\6\6" + struct.pack("<QHHIIQQQQ", 44, 45, 45, 0, 0, 3, 3, len(directory), begin))
+            file.write(b"PK\6\7" + struct.pack("<IQI", 0, begin + len(directory), 1))
+            file.write(b"PK\5\6" + struct.pack("<HHHHIIH", 0, 0, 3, 3, len(directory), 0xFFFFFFFF, 0))
+        return {name: (0, size, zeros_crc(size)) for name, size in (("big", big), ("near", 1), ("far", 5))}
+
+    def test_offsets_that_get_across_the_mark_both_ways(self):
         loaded = self.scratch / "loaded.zip"
-        self.carry("load", loaded, "delete", "two", "add", "last", 3, "save", self.saved)
-        wanted = {"one": (0, 3 * GIB, zeros_crc(3 * GIB)), "small": (0, 5, zeros_crc(5))}
-        self.expect_sound(wanted | {"last": (0, 3, zlib.crc32(b"xxx"))})
+        wanted = self.write_with_hole(loaded) | {"last": (0, 3, zlib.crc32(b"xxx"))}
+        del wanted["big"]
+        self.carry("load", loaded, "delete", "big", "add", "last", 3, "save", self.saved)
+        self.expect_sound(wanted)
+        # Now "near" comes to lie behind "big".
+        wanted = self.write_with_hole(loaded) | {"last": (0, 3, zlib.crc32(b"xxx"))}
+        self.carry("load", loaded, "add", "last", 3, "save", self.saved)
+        self.expect_sound(wanted, zip64=True)
 
     def test_an_added_member_beyond_4_gib(self):
         with open("/proc/meminfo", encoding="ascii") as lines:
