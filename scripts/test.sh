@@ -15,8 +15,13 @@ test_packages=(googletest python3 zip unzip p7zip-full libarchive-tools zlib1g-d
 
 sources() { git ls-files '*.cpp' '*.h'; }
 
-# Tests labelled `large` write gigabytes of what is slow only for its size: the release build runs them.
-run_tests() { ctest --preset "$1" --parallel "$(nproc)" "${@:2}"; }
+# The faults have a check of their own. Tests labelled `large` write gigabytes of what is slow only for its size: the
+# release build alone runs them.
+run_tests() {
+    local left_out='faults|large'
+    [ "$1" != release ] || left_out=faults
+    ctest --preset "$1" --parallel "$(nproc)" --label-exclude "$left_out"
+}
 
 check_format() {
     need clang-format
@@ -42,13 +47,13 @@ check_release() {
 check_asan() {
     need "${test_packages[@]}"
     build asan
-    run_tests asan --label-exclude large
+    run_tests asan
 }
 
 check_clang() {
     need "${test_packages[@]}" clang
     build clang
-    run_tests clang --label-exclude large
+    run_tests clang
 }
 
 check_tidy() {
@@ -61,7 +66,7 @@ check_tidy() {
 check_valgrind() {
     need "${test_packages[@]}" valgrind
     build debug
-    TAVEK_VALGRIND=1 ctest --preset debug --parallel "$(nproc)" --label-exclude 'e2e|readers' -T memcheck \
+    TAVEK_VALGRIND=1 ctest --preset debug --parallel "$(nproc)" --label-exclude 'e2e|faults|readers' -T memcheck \
         --overwrite MemoryCheckCommandOptions="--error-exitcode=99 --leak-check=full -q" |
         tee build/debug/valgrind.log
     grep -q 'Memory checking results:' build/debug/valgrind.log &&
@@ -73,19 +78,31 @@ check_coverage() {
     need "${test_packages[@]}" gcovr
     build coverage
     find build/coverage -name '*.gcda' -delete
-    run_tests coverage --label-exclude large
+    run_tests coverage
     gcovr --root . --object-directory build/coverage --filter 'platform/' --filter 'TaVekUtil/' \
         --exclude-unreachable-branches --fail-under-line 95 --print-summary --txt build/coverage/lines.txt
     grep -E '^(platform|TaVekUtil)/' build/coverage/lines.txt | awk '$4 != "100%"'
 }
 
+check_faults() {
+    need "${test_packages[@]}" strace
+    build release
+    ctest --preset release --label-regex faults --verbose
+}
+
 check_windows() {
     need "${test_packages[@]}" g++-mingw-w64-x86-64-posix wine64
     build windows
-    run_tests windows --label-exclude large
+    run_tests windows
 }
 
-checks=(format layers scripts release asan clang tidy valgrind coverage windows)
+# Each fuzz target for half a minute of processor time.
+check_fuzz() {
+    need "${test_packages[@]}" clang
+    scripts/fuzz.sh --cpu 30 --jobs "$(nproc)"
+}
+
+checks=(format layers scripts release asan clang tidy valgrind coverage faults windows fuzz)
 
 main() {
     local chosen=("$@") name status failed=() passed=0
