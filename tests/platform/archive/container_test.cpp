@@ -1,6 +1,7 @@
 #include "platform/archive/container.h"
 
 #include <filesystem>
+#include <functional>
 
 #include "tests/platform/archive/zip_fixture.h"
 
@@ -202,6 +203,36 @@ TEST_F(ContainerTest, refusesToGoOnWithAFileThatWasCut) {
     scratch.write("a.zip", scratch.read("a.zip").substr(0, 20));
     EXPECT_EQ(save("saved.zip"), zStatus_IoError);
     EXPECT_EQ(detail(zStatus_IoError), "the file became shorter while it was read");
+    EXPECT_THAT(scratch.entries(), ElementsAre("a.zip"));
+}
+
+/// Writes the archive anew while it is being saved.
+class Meddler : public LiveContent {
+  public:
+    explicit Meddler(std::function<void()> meddle) : meddle_(std::move(meddle)) {}
+    zStatus serialise(std::string& bytes) const override {
+        meddle_();
+        bytes = "meddled";
+        return zStatus_Success;
+    }
+
+  private:
+    std::function<void()> meddle_;
+};
+
+TEST_F(ContainerTest, refusesADirectoryThatChangesWhileItIsSaved) {
+    // Long enough that it is read from the file both times, for the members and for the new directory.
+    ZipImage image;
+    for (int i = 0; i < 4000; ++i) {
+        image.members.push_back(stored(std::to_string(i), ""));
+        image.members.back().comment = std::string(100, 'c');
+    }
+    load(image);
+    image.members[0].comment[50] = 'C';
+    const auto meddler = std::make_shared<Meddler>([&] { write(image); });
+    ASSERT_EQ(zArchive_AddLive(archive.get(), meddler, "live"), zStatus_Success);
+    EXPECT_EQ(save("saved.zip"), zStatus_IoError);
+    EXPECT_EQ(detail(zStatus_IoError), "the file was changed while it was read");
     EXPECT_THAT(scratch.entries(), ElementsAre("a.zip"));
 }
 

@@ -124,7 +124,9 @@ TEST_F(ZipEntry, refusesHeadersThatDiffer) {
         {[](ZipFields& f) { f.time ^= 0x80000000; }, "the local time differs from the central one"},
         {[](ZipFields& f) { ++f.crc; }, "the local checksum differs from the central one"},
     };
-    for (const auto& [change, why] : differences) {
+    for (const auto& difference : differences) {
+        const Change& change = difference.first;
+        const std::string& why = difference.second;
         EXPECT_EQ(refusalOf([&](ZipMember& m) { change(m.local); }), "member data/a: " + why);
         EXPECT_EQ(refusalOf([&](ZipMember& m) { change(m.central); }), "member data/a: " + why);
     }
@@ -160,7 +162,9 @@ TEST_F(ZipEntry, refusesExtraFieldsThatAreNoRecords) {
         {"abc", "bytes that are no record in the extra field"},
         {extraRecord(zip64Id, "") + extraRecord(zip64Id, ""), "two ZIP64 records in the extra field"},
     };
-    for (const auto& [extra, why] : faults) {
+    for (const auto& fault : faults) {
+        const std::string& extra = fault.first;
+        const std::string& why = fault.second;
         EXPECT_EQ(refusalOf([&](ZipMember& m) { m.central.extra = extra; }), "member data/a: " + why);
         EXPECT_EQ(refusalOf([&](ZipMember& m) { m.local.extra = extra; }), "member data/a: " + why);
     }
