@@ -29,7 +29,7 @@ check_layers() {
 
 check_scripts() {
     need shellcheck
-    git ls-files '*.sh' '.ci/run' | xargs shellcheck -x
+    git ls-files '*.sh' '*.bash' '.ci/run' | xargs shellcheck -x -s bash
 }
 
 check_release() {
@@ -84,7 +84,26 @@ check_windows() {
     run_tests windows
 }
 
-checks=(format layers scripts release asan clang tidy valgrind coverage windows)
+# The documents with every example in them, the manual pages, the schemas, the completion.
+check_docs() {
+    need "${test_packages[@]}" groff libxml2-utils man-db mandoc zsh
+    build debug TaVekUtil
+    TAVEK_ALL_TOOLS=1 ctest --preset debug --parallel "$(nproc)" -L docs
+}
+
+# What people install: what is in it, and that it installs, runs and goes again.
+check_packages() {
+    need "${test_packages[@]}" dpkg-dev g++-mingw-w64-x86-64-posix groff man-db wine64
+    local preset
+    for preset in release windows; do
+        build "$preset"
+        rm -rf "build/$preset/packages"
+        cpack --config "build/$preset/CPackConfig.cmake" >/dev/null
+    done
+    python3 -B tests/packages/packages_test.py --linux build/release/packages --windows build/windows/packages
+}
+
+checks=(format layers scripts release asan clang tidy valgrind coverage windows docs packages)
 
 main() {
     local chosen=("$@") name status failed=() passed=0
