@@ -142,7 +142,7 @@ def argument(text):
 
 
 def sentences(text):
-    return re.split(r"(?<=[a-z)R][.:;])\s+(?=[A-Z\\])", text)
+    return re.split(r"(?<=[a-z0-9)R][.:;])\s+(?=[A-Z\\])", text)
 
 
 def tidy(lines):

@@ -94,8 +94,10 @@ check_windows() {
 # The documents with every example in them, the manual pages, the schemas, the completion.
 check_docs() {
     need "${test_packages[@]}" groff libxml2-utils man-db mandoc zsh
-    build debug TaVekUtil
+    build debug TaVekUtil TaVekInspect
     TAVEK_ALL_TOOLS=1 ctest --preset debug --parallel "$(nproc)" -L docs
+    scripts/demo.sh >build/demo.log 2>&1
+    python3 -B tests/docs/transcript_check.py build/demo.log
 }
 
 # What people install: what is in it, and that it installs, runs and goes again.
