@@ -15,11 +15,11 @@ foreach(program ${programs})
   make_link(../${home}/bin/${program} bin/${program})
 endforeach()
 
-install(FILES ${CMAKE_CURRENT_LIST_DIR}/completions/TaVekUtil.bash
-  DESTINATION share/bash-completion/completions RENAME TaVekUtil)
-install(FILES ${CMAKE_CURRENT_LIST_DIR}/completions/TaVekUtil.zsh
-  DESTINATION share/zsh/vendor-completions RENAME _TaVekUtil)
-install(FILES ${CMAKE_CURRENT_LIST_DIR}/completions/TaVekUtil.ps1 DESTINATION ${home}/completions)
+foreach(program ${programs})
+  set(completion ${CMAKE_CURRENT_LIST_DIR}/completions/${program})
+  install(FILES ${completion}.bash DESTINATION share/bash-completion/completions RENAME ${program})
+  install(FILES ${completion}.zsh DESTINATION share/zsh/vendor-completions RENAME _${program})
+endforeach()
 
 # The names under which Debian looks for the license and the changes.
 install(FILES ${source}/LICENSE DESTINATION ${documents} RENAME copyright)

@@ -33,7 +33,9 @@ class Page:
 
 PAGES = (
     Page("TaVekUtil", 1, ("docs/command-line.md", "docs/exit-status.md"), "edit sensor upgrade archives"),
-    Page("TaVekUtil-configuration", 5, ("docs/configuration.md",), "configuration of a batch run of TaVekUtil"),
+    Page(
+        "TaVekUtil-configuration", 5, ("docs/configuration.md",), "configuration of a batch run of TaVekUtil"
+    ),
     Page("TaVekUtil-package", 5, ("docs/addon-packages.md",), "add-on packages and their manifest"),
     Page("TaVekUtil-manifest", 5, ("docs/unified-manifest.md",), "manifest of the packages in an archive"),
     Page("TaVekUtil-script", 5, ("docs/startup-script.md",), "start-up script of an upgrade archive"),
@@ -53,7 +55,9 @@ def release_date(version):
 
 def references(page, pages):
     """The pages to see also, in the order of section and name."""
-    others = sorted((other for other in pages if other is not page), key=lambda other: (other.section, other.name))
+    others = sorted(
+        (other for other in pages if other is not page), key=lambda other: (other.section, other.name)
+    )
     lines = [f".Xr {other.name} {other.section} ," for other in others]
     return [".Sh SEE ALSO", *lines[:-1], lines[-1].removesuffix(" ,")]
 

@@ -34,7 +34,9 @@ def first_missing(pieces, log):
 
 def main():
     log = re.sub(r"\x1b\[[0-9;]*m| +$", "", pathlib.Path(sys.argv[1]).read_text(), flags=re.M)
-    transcripts = [b for b in markdown.blocks(REPOSITORY / "README.md") if b.lines and b.lines[0].startswith("== ")]
+    transcripts = [
+        b for b in markdown.blocks(REPOSITORY / "README.md") if b.lines and b.lines[0].startswith("== ")
+    ]
     if len(transcripts) != 1:
         print("README.md has no transcript of the demonstration")
         return 1

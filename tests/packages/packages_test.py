@@ -26,7 +26,9 @@ import manual_pages  # noqa: E402
 import workplace  # noqa: E402
 
 OPTIONS = argparse.Namespace()
-VERSION = re.search(r"^project\(\w+ VERSION (\S+)", (REPOSITORY / "CMakeLists.txt").read_text(), re.M).group(1)
+VERSION = re.search(r"^project\(\w+ VERSION (\S+)", (REPOSITORY / "CMakeLists.txt").read_text(), re.M).group(
+    1
+)
 PROGRAMS = [name for name in ("TaVekUtil", "TaVekInspect") if (REPOSITORY / name / "CMakeLists.txt").exists()]
 TOP_DOCUMENTS = [
     name
@@ -37,14 +39,18 @@ TOP_DOCUMENTS = [
 
 def tree(directory, *patterns):
     """The files of a directory of the repository that go into packages, relative to the repository."""
-    paths = (path for pattern in patterns for path in (REPOSITORY / directory).rglob(pattern) if path.is_file())
+    paths = (
+        path for pattern in patterns for path in (REPOSITORY / directory).rglob(pattern) if path.is_file()
+    )
     return [path.relative_to(REPOSITORY).as_posix() for path in paths]
 
 
 def home_files():
     """What lies beside the programs, above them and below, in every package."""
     samples = [name for name in tree("samples", "*") if name != "samples/sample_config.xml"]
-    return ["bin/sample_config.xml", "bin/tar.exe", "completions/TaVekUtil.ps1"] + tree("schemas", "*") + samples
+    return (
+        ["bin/sample_config.xml", "bin/tar.exe", "completions/TaVekUtil.ps1"] + tree("schemas", "*") + samples
+    )
 
 
 def manual():
@@ -52,14 +58,17 @@ def manual():
 
 
 def linux_files():
-    pages = [page for page in manual_pages.PAGES if all((REPOSITORY / name).exists() for name in page.documents)]
+    pages = [
+        page for page in manual_pages.PAGES if all((REPOSITORY / name).exists() for name in page.documents)
+    ]
     return sorted(
         [f"bin/{name}" for name in PROGRAMS]
         + [f"lib/tavekutil/bin/{name}" for name in PROGRAMS]
         + [f"lib/tavekutil/{name}" for name in home_files()]
         + [f"share/doc/tavekutil/{name}" for name in manual() + TOP_DOCUMENTS + ["changelog.gz", "copyright"]]
         + [f"share/man/{page.path}.gz" for page in pages]
-        + ["share/bash-completion/completions/TaVekUtil", "share/zsh/vendor-completions/_TaVekUtil"]
+        + [f"share/bash-completion/completions/{name}" for name in PROGRAMS]
+        + [f"share/zsh/vendor-completions/_{name}" for name in PROGRAMS]
     )
 
 
@@ -127,8 +136,14 @@ class DebianPackage(PackageTest):
 
     def make_system(self, *packages):
         """A system on which dpkg knows `packages` as installed, and nothing else."""
-        query = ["dpkg-query", "-W", "-f", "Package: ${Package}\nStatus: install ok installed\nMaintainer: x\n"
-                 "Architecture: ${Architecture}\nVersion: ${Version}\nDescription: x\n\n", *packages]
+        query = [
+            "dpkg-query",
+            "-W",
+            "-f",
+            "Package: ${Package}\nStatus: install ok installed\nMaintainer: x\n"
+            "Architecture: ${Architecture}\nVersion: ${Version}\nDescription: x\n\n",
+            *packages,
+        ]
         status = subprocess.run(query, capture_output=True, text=True, check=True).stdout if packages else ""
         (self.system / "admin/status").write_text(status)
         (self.system / "root").mkdir()
@@ -196,7 +211,9 @@ class WindowsPackage(PackageTest):
         programs = [[OPTIONS.wine, self.home / f"bin/{name}.exe"] for name in PROGRAMS]
         self.check_programs(*programs, env=environment)
         self.run_batch(*programs[0], env=environment)
-        self.assertEqual(files_below(self.home), windows_files(), "a run leaves nothing in the program's directory")
+        self.assertEqual(
+            files_below(self.home), windows_files(), "a run leaves nothing in the program's directory"
+        )
 
 
 def architecture():
