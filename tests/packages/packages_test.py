@@ -48,9 +48,8 @@ def tree(directory, *patterns):
 def home_files():
     """What lies beside the programs, above them and below, in every package."""
     samples = [name for name in tree("samples", "*") if name != "samples/sample_config.xml"]
-    return (
-        ["bin/sample_config.xml", "bin/tar.exe", "completions/TaVekUtil.ps1"] + tree("schemas", "*") + samples
-    )
+    completions = [f"completions/{name}.ps1" for name in PROGRAMS]
+    return ["bin/sample_config.xml", "bin/tar.exe"] + completions + tree("schemas", "*") + samples
 
 
 def manual():
