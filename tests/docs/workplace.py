@@ -35,7 +35,9 @@ def prepare(root, program):
         (root / "bin" / path.name).symlink_to(f"../lib/tavekutil/bin/{path.name}")
     lay_out(root / "work")
     install(root / "work/host/bin/win64", installed)
-    return {"PATH": f"{root}/bin:{os.environ['PATH']}", "LC_ALL": "C.UTF-8", "TZ": "UTC", "HOME": str(root)}
+    sanitizers = {key: os.environ[key] for key in ("ASAN_OPTIONS", "UBSAN_OPTIONS") if key in os.environ}
+    settings = {"LC_ALL": "C.UTF-8", "TZ": "UTC", "HOME": str(root)}
+    return {"PATH": f"{root}/bin:{os.environ['PATH']}", **settings, **sanitizers}
 
 
 def install(directory, built):
