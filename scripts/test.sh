@@ -61,7 +61,7 @@ check_tidy() {
 check_valgrind() {
     need "${test_packages[@]}" valgrind
     build debug
-    TAVEK_VALGRIND=1 ctest --preset debug --parallel "$(nproc)" --label-exclude 'e2e|faults' -T memcheck \
+    TAVEK_VALGRIND=1 ctest --preset debug --parallel "$(nproc)" --label-exclude 'e2e|faults|docs' -T memcheck \
         --overwrite MemoryCheckCommandOptions="--error-exitcode=99 --leak-check=full -q" |
         tee build/debug/valgrind.log
     grep -q 'Memory checking results:' build/debug/valgrind.log &&
