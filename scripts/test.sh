@@ -103,9 +103,10 @@ check_docs() {
 # What people install: what is in it, and that it installs, runs and goes again.
 check_packages() {
     need "${test_packages[@]}" dpkg-dev g++-mingw-w64-x86-64-posix groff man-db wine64
+    build release TaVekUtil TaVekInspect manual_pages
+    build windows TaVekUtil TaVekInspect tavek_tar
     local preset
     for preset in release windows; do
-        build "$preset"
         rm -rf "build/$preset/packages"
         cpack --config "build/$preset/CPackConfig.cmake" >/dev/null
     done
