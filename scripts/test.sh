@@ -110,6 +110,9 @@ check_packages() {
         rm -rf "build/$preset/packages"
         cpack --config "build/$preset/CPackConfig.cmake" >/dev/null
     done
+    dpkg-deb --contents build/release/packages/tavekutil_*.deb
+    tar -tvzf build/release/packages/TaVekUtil-*.tar.gz
+    unzip -l build/windows/packages/TaVekUtil-*.zip
     python3 -B tests/packages/packages_test.py --linux build/release/packages --windows build/windows/packages
 }
 
