@@ -22,7 +22,7 @@ set(CPACK_DEBIAN_PACKAGE_NAME tavekutil)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS tar)
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "tar (>= 1.23)")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
   "Injects add-on packages and libraries into the upgrade archives of a
 sensor family, removes them again, and keeps the start-up script and the

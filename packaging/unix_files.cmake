@@ -15,21 +15,26 @@ foreach(program ${programs})
   make_link(../${home}/bin/${program} bin/${program})
 endforeach()
 
-install(FILES ${CMAKE_CURRENT_LIST_DIR}/completions/TaVekUtil.bash
-  DESTINATION share/bash-completion/completions RENAME TaVekUtil)
-install(FILES ${CMAKE_CURRENT_LIST_DIR}/completions/TaVekUtil.zsh
-  DESTINATION share/zsh/vendor-completions RENAME _TaVekUtil)
-install(FILES ${CMAKE_CURRENT_LIST_DIR}/completions/TaVekUtil.ps1 DESTINATION ${home}/completions)
+foreach(program ${programs})
+  set(completion ${CMAKE_CURRENT_LIST_DIR}/completions/${program})
+  install(FILES ${completion}.bash DESTINATION share/bash-completion/completions RENAME ${program})
+  install(FILES ${completion}.zsh DESTINATION share/zsh/vendor-completions RENAME _${program})
+endforeach()
 
-# The name under which Debian looks for the license.
+# The names under which Debian looks for the license and the changes.
 install(FILES ${source}/LICENSE DESTINATION ${documents} RENAME copyright)
+find_program(GZIP NAMES gzip REQUIRED)
+execute_process(COMMAND ${GZIP} -9nc ${source}/CHANGELOG.md
+  OUTPUT_FILE ${CMAKE_CURRENT_BINARY_DIR}/changelog.gz COMMAND_ERROR_IS_FATAL ANY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/changelog.gz DESTINATION ${documents})
 
 # The manual pages are made from the documents; without Python they are left out.
 find_package(Python3 COMPONENTS Interpreter)
 if(Python3_FOUND)
   set(pages ${CMAKE_CURRENT_BINARY_DIR}/man)
   add_custom_target(manual_pages ALL
-    COMMAND Python3::Interpreter ${source}/scripts/manual_pages.py --version ${PROJECT_VERSION} --output ${pages}
+    COMMAND Python3::Interpreter -B ${source}/scripts/manual_pages.py
+      --version ${PROJECT_VERSION} --output ${pages} --compress
     COMMENT "Making the manual pages" VERBATIM)
   install(DIRECTORY ${pages}/ DESTINATION share/man)
 else()

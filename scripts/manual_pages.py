@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
 """Makes the manual pages from the documents, which are their one source.
 
-    manual_pages.py --version VERSION --output DIRECTORY
+    manual_pages.py --version VERSION --output DIRECTORY [--compress]
 
-Writes DIRECTORY/man1/TaVekUtil.1 and so on. The date of the pages is that of the version in CHANGELOG.md.
+Writes DIRECTORY/man1/TaVekUtil.1 and so on; with --compress TaVekUtil.1.gz, as Debian installs them. The date of the pages is that of the version in CHANGELOG.md.
 """
 
 import argparse
 import datetime
+import gzip
 import pathlib
 import re
 import sys
@@ -32,7 +33,9 @@ class Page:
 
 PAGES = (
     Page("TaVekUtil", 1, ("docs/command-line.md", "docs/exit-status.md"), "edit sensor upgrade archives"),
-    Page("TaVekUtil-configuration", 5, ("docs/configuration.md",), "configuration of a batch run of TaVekUtil"),
+    Page(
+        "TaVekUtil-configuration", 5, ("docs/configuration.md",), "configuration of a batch run of TaVekUtil"
+    ),
     Page("TaVekUtil-package", 5, ("docs/addon-packages.md",), "add-on packages and their manifest"),
     Page("TaVekUtil-manifest", 5, ("docs/unified-manifest.md",), "manifest of the packages in an archive"),
     Page("TaVekUtil-script", 5, ("docs/startup-script.md",), "start-up script of an upgrade archive"),
@@ -52,7 +55,9 @@ def release_date(version):
 
 def references(page, pages):
     """The pages to see also, in the order of section and name."""
-    others = sorted((other for other in pages if other is not page), key=lambda other: (other.section, other.name))
+    others = sorted(
+        (other for other in pages if other is not page), key=lambda other: (other.section, other.name)
+    )
     lines = [f".Xr {other.name} {other.section} ," for other in others]
     return [".Sh SEE ALSO", *lines[:-1], lines[-1].removesuffix(" ,")]
 
@@ -82,12 +87,17 @@ def main():
     parser = argparse.ArgumentParser(description="Makes the manual pages.")
     parser.add_argument("--version", required=True)
     parser.add_argument("--output", required=True, type=pathlib.Path)
+    parser.add_argument("--compress", action="store_true")
     options = parser.parse_args()
     pages = [page for page in PAGES if all((REPOSITORY / name).exists() for name in page.documents)]
     for page in pages:
         target = options.output / page.path
         target.parent.mkdir(parents=True, exist_ok=True)
-        target.write_text(render(page, pages, options.version))
+        content = render(page, pages, options.version).encode()
+        if options.compress:
+            target.with_name(target.name + ".gz").write_bytes(gzip.compress(content, mtime=0))
+        else:
+            target.write_bytes(content)
     return 0
 
 

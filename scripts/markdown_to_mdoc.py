@@ -23,7 +23,9 @@ class Converter:
         self.lines = []
 
     def convert(self, text):
-        blocks = re.split(r"\n{2,}", protect_fences(re.sub(r"<!--.*?-->\n?", "", text, flags=re.S)).strip("\n"))
+        blocks = re.split(
+            r"\n{2,}", protect_fences(re.sub(r"<!--.*?-->\n?", "", text, flags=re.S)).strip("\n")
+        )
         for block in blocks:
             self.block(block)
         return tidy(self.lines)
@@ -69,7 +71,9 @@ class Converter:
 
     def table(self, lines):
         """A list with the first cells as its tags; more than two cells are named after their columns."""
-        rows = [[cell.strip() for cell in line.strip("|").split("|")] for line in lines if not RULE.match(line)]
+        rows = [
+            [cell.strip() for cell in line.strip("|").split("|")] for line in lines if not RULE.match(line)
+        ]
         head, rows = rows[0], rows[1:]
         self.lines.append(".Bl -tag -width Ds")
         for cells in rows:
@@ -80,8 +84,11 @@ class Converter:
     def cell_texts(self, head, cells):
         if len(cells) == 2:
             return [cells[1]]
-        return [f"*{name}*: {cell}." if not cell.endswith(".") else f"*{name}*: {cell}"
-                for name, cell in zip(head[1:], cells[1:]) if cell]
+        return [
+            f"*{name}*: {cell}." if not cell.endswith(".") else f"*{name}*: {cell}"
+            for name, cell in zip(head[1:], cells[1:])
+            if cell
+        ]
 
     def inline(self, text):
         """The text as lines of mdoc: a new one for each sentence, none too long."""
@@ -108,7 +115,9 @@ class Converter:
         if emphasis is not None:
             return f"\\fI{escape(emphasis)}\\fR"
         page = self.links.get(target.split("#")[0].rsplit("/", 1)[-1])
-        return f"{escape(plain(label))} (\\fB{page.name}\\fR({page.section}))" if page else escape(plain(label))
+        return (
+            f"{escape(plain(label))} (\\fB{page.name}\\fR({page.section}))" if page else escape(plain(label))
+        )
 
 
 def protect_fences(text):
@@ -121,7 +130,13 @@ def protect_fences(text):
 
 
 def escape(text):
-    return text.replace("\\", "\\e").replace("\1", "").replace("-", "\\-").replace("'", "\\(aq").replace("`", "\\(ga")
+    return (
+        text.replace("\\", "\\e")
+        .replace("\1", "")
+        .replace("-", "\\-")
+        .replace("'", "\\(aq")
+        .replace("`", "\\(ga")
+    )
 
 
 def plain(text):
@@ -142,7 +157,7 @@ def argument(text):
 
 
 def sentences(text):
-    return re.split(r"(?<=[a-z)R][.:;])\s+(?=[A-Z\\])", text)
+    return re.split(r"(?<=[a-z0-9)R][.:;])\s+(?=[A-Z\\])", text)
 
 
 def tidy(lines):

@@ -11,7 +11,8 @@
 source "$(dirname "$0")/lib.sh"
 cd "$repository"
 
-test_packages=(googletest python3 zip unzip p7zip-full libarchive-tools zlib1g-dev libio-compress-perl)
+test_packages=(googletest python3 zip unzip p7zip-full libarchive-tools zlib1g-dev libio-compress-perl
+    libxml2-utils)
 
 sources() { git ls-files '*.cpp' '*.h'; }
 
@@ -35,7 +36,7 @@ check_layers() {
 
 check_scripts() {
     need shellcheck
-    git ls-files '*.sh' '.ci/run' | xargs shellcheck -x
+    git ls-files '*.sh' '*.bash' '.ci/run' | xargs shellcheck -x -s bash
 }
 
 check_release() {
@@ -66,7 +67,7 @@ check_tidy() {
 check_valgrind() {
     need "${test_packages[@]}" valgrind
     build debug
-    TAVEK_VALGRIND=1 ctest --preset debug --parallel "$(nproc)" --label-exclude 'e2e|faults|readers' -T memcheck \
+    TAVEK_VALGRIND=1 ctest --preset debug --parallel "$(nproc)" --label-exclude 'e2e|faults|readers|docs' -T memcheck \
         --overwrite MemoryCheckCommandOptions="--error-exitcode=99 --leak-check=full -q" |
         tee build/debug/valgrind.log
     grep -q 'Memory checking results:' build/debug/valgrind.log &&
@@ -96,13 +97,38 @@ check_windows() {
     run_tests windows
 }
 
+# The documents with every example in them, the manual pages, the schemas, the completion.
+check_docs() {
+    need "${test_packages[@]}" groff libxml2-utils man-db mandoc zsh
+    build debug TaVekUtil TaVekInspect
+    TAVEK_ALL_TOOLS=1 ctest --preset debug --parallel "$(nproc)" -L docs
+    scripts/demo.sh >build/demo.log 2>&1
+    python3 -B tests/docs/transcript_check.py build/demo.log
+}
+
+# What people install: what is in it, and that it installs, runs and goes again.
+check_packages() {
+    need "${test_packages[@]}" dpkg-dev g++-mingw-w64-x86-64-posix groff man-db wine64
+    build release TaVekUtil TaVekInspect manual_pages
+    build windows TaVekUtil TaVekInspect tavek_tar
+    local preset
+    for preset in release windows; do
+        rm -rf "build/$preset/packages"
+        cpack --config "build/$preset/CPackConfig.cmake" >/dev/null
+    done
+    dpkg-deb --contents build/release/packages/tavekutil_*.deb
+    tar -tvzf build/release/packages/TaVekUtil-*.tar.gz
+    unzip -l build/windows/packages/TaVekUtil-*.zip
+    python3 -B tests/packages/packages_test.py --linux build/release/packages --windows build/windows/packages
+}
+
 # Each fuzz target for half a minute of processor time.
 check_fuzz() {
     need "${test_packages[@]}" clang
     scripts/fuzz.sh --cpu 30 --jobs "$(nproc)"
 }
 
-checks=(format layers scripts release asan clang tidy valgrind coverage faults windows fuzz)
+checks=(format layers scripts release asan clang tidy valgrind coverage faults windows docs packages fuzz)
 
 main() {
     local chosen=("$@") name status failed=() passed=0

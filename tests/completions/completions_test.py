@@ -19,6 +19,7 @@ sys.path.insert(0, str(HERE.parent / "docs"))
 
 import options  # noqa: E402
 
+PROGRAMS = ("TaVekUtil", "TaVekInspect")
 PLATFORMS = ["all", "linux_arm64", "linux_arm7", "ombix", "win"]
 FLAGS = ["--archive", "--config", "--file", "--help", "--manifest", "--platform"]
 
@@ -46,13 +47,24 @@ ZSH_EXPECTED = {
     "--config ": ["config.xml", "host"],
 }
 
+# TaVekInspect is asked for its own words.
+INSPECT_EXPECTED = {
+    "ver": ["verify"],
+    "report a.pkg b.pkg --": ["--html", "--json"],
+    "report a.pkg b.pkg --h": ["--html"],
+    "verify a": ["a.pkg"],
+    "diff a.pkg ": ["a.pkg", "b c.pkg", "config.xml", "host"],
+    "plan config.xml --platform w": ["win"],
+}
+INSPECT_COMMANDS = {"info", "list", "verify", "diff", "report", "--version"}
+
 BASH = """
 source "$1"
 IFS= read -r -d '' line < <(printf '%s\\0' "$2")
 IFS=' ' read -r -a COMP_WORDS <<<"$line"
 case $line in *' ') COMP_WORDS+=('') ;; esac
 COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
-_TaVekUtil
+"_${COMP_WORDS[0]}"
 printf '%s\\n' "${COMPREPLY[@]}"
 """
 
@@ -68,42 +80,65 @@ class Completion(unittest.TestCase):
             (self.work / name).touch()
 
     def run_shell(self, *command):
-        environment = {"PATH": os.environ["PATH"], "HOME": str(self.root), "LC_ALL": "C.UTF-8", "TERM": "dumb"}
+        programs = pathlib.Path(options.program()).parent
+        environment = {
+            "PATH": f"{programs}:{os.environ['PATH']}",
+            "HOME": str(self.root),
+            "LC_ALL": "C.UTF-8",
+            "TERM": "dumb",
+        }
         done = subprocess.run(
             command, cwd=self.work, env=environment, capture_output=True, text=True, timeout=60, check=True
         )
         offered = {line.replace("\\ ", " ").rstrip("/") for line in done.stdout.splitlines()}
         return sorted(offered - {"", "--help", "-h"})
 
+    def bash(self, line):
+        script = COMPLETIONS / f"{line.split()[0]}.bash"
+        return self.run_shell("bash", "-c", BASH, "bash", script, line)
+
+    def zsh(self, line):
+        functions = self.root / "functions"
+        functions.mkdir(exist_ok=True)
+        for name in PROGRAMS:
+            shutil.copy(COMPLETIONS / f"{name}.zsh", functions / f"_{name}")
+        return self.run_shell(options.tool("zsh"), HERE / "matches.zsh", functions, line)
+
     def test_bash(self):
         for typed, offered in EXPECTED.items():
             with self.subTest(typed):
-                line = "TaVekUtil " + typed
-                self.assertEqual(
-                    self.run_shell("bash", "-c", BASH, "bash", COMPLETIONS / "TaVekUtil.bash", line), offered
-                )
-
-    def test_bash_knows_for_which_command(self):
-        registered = subprocess.run(
-            ["bash", "-c", 'source "$1" && complete -p TaVekUtil', "bash", COMPLETIONS / "TaVekUtil.bash"],
-            capture_output=True,
-            text=True,
-            check=True,
-        )
-        self.assertEqual(registered.stdout, "complete -F _TaVekUtil TaVekUtil\n")
+                self.assertEqual(self.bash("TaVekUtil " + typed), offered)
 
     def test_zsh(self):
-        zsh = options.tool("zsh")
-        functions = self.root / "functions"
-        functions.mkdir()
-        shutil.copy(COMPLETIONS / "TaVekUtil.zsh", functions / "_TaVekUtil")
         for typed, offered in {**EXPECTED, **ZSH_EXPECTED}.items():
             with self.subTest(typed):
-                line = "TaVekUtil " + typed
-                self.assertEqual(self.run_shell(zsh, HERE / "matches.zsh", functions, line), offered)
+                self.assertEqual(self.zsh("TaVekUtil " + typed), offered)
+
+    def test_inspect(self):
+        for shell in (self.bash, self.zsh):
+            self.assertLessEqual(INSPECT_COMMANDS, set(shell("TaVekInspect ")))
+            for typed, offered in INSPECT_EXPECTED.items():
+                with self.subTest(f"{shell.__name__}: {typed}"):
+                    self.assertEqual(shell("TaVekInspect " + typed), offered)
+
+    def test_bash_knows_for_which_command(self):
+        for name in PROGRAMS:
+            command = [
+                "bash",
+                "-c",
+                'source "$1" && complete -p "$2"',
+                "bash",
+                COMPLETIONS / f"{name}.bash",
+                name,
+            ]
+            registered = subprocess.run(command, capture_output=True, text=True, check=True)
+            self.assertEqual(registered.stdout, f"complete -F _{name} {name}\n")
 
     def test_powershell_is_balanced(self):
-        text = (COMPLETIONS / "TaVekUtil.ps1").read_text()
+        for name in PROGRAMS:
+            self.check_balance((COMPLETIONS / f"{name}.ps1").read_text())
+
+    def check_balance(self, text):
         code = re.sub(r"'[^'\n]*'|\"[^\"\n]*\"|#[^\n]*", "", text)
         self.assertNotRegex(code, "['\"]", "an open quote")
         opened = []

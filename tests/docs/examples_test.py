@@ -19,7 +19,11 @@ import options
 import workplace
 
 
-MANUAL = [path for path in markdown.documents() if path.parent in (workplace.REPOSITORY, workplace.REPOSITORY / "docs")]
+MANUAL = [
+    path
+    for path in markdown.documents()
+    if path.parent in (workplace.REPOSITORY, workplace.REPOSITORY / "docs")
+]
 
 
 class Examples(unittest.TestCase):

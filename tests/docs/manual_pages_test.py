@@ -19,7 +19,9 @@ NOT_MEANT = re.compile(r"STYLE: (referenced manual not found|operating system ex
 
 
 def project_version():
-    return re.search(r"^project\(\w+ VERSION (\S+)", (REPOSITORY / "CMakeLists.txt").read_text(), re.M).group(1)
+    return re.search(r"^project\(\w+ VERSION (\S+)", (REPOSITORY / "CMakeLists.txt").read_text(), re.M).group(
+        1
+    )
 
 
 class ManualPages(unittest.TestCase):

@@ -46,20 +46,24 @@ class Messages(unittest.TestCase):
 
 
 def all_texts():
-    """Every literal of the sources, the longest first."""
+    """A pattern for every literal of the sources, the longest first."""
     texts = set()
     for top in ("TaVekUtil", "platform"):
         for path in (REPOSITORY / top).rglob("*.[ch]*"):
             texts |= {literal.strip() for literal in literals.literals(path.read_text())}
-    return sorted((text for text in texts if len(text) > 1), key=len, reverse=True)
+    return [pattern(text) for text in sorted(texts, key=len, reverse=True) if len(text) > 1]
+
+
+def pattern(text):
+    begin = r"\b" if text[0].isalpha() else ""
+    end = r"\b" if text[-1].isalpha() else ""
+    return re.compile(begin + re.escape(text.replace("%s", "NAME")) + end)
 
 
 def strange_words(message, texts):
     """The words of a message, without the changing ones in capitals, that stand in none of `texts`."""
     for text in texts:
-        begin = r"\b" if text[0].isalpha() else ""
-        end = r"\b" if text[-1].isalpha() else ""
-        message = re.sub(begin + re.escape(text.replace("%s", "NAME")) + end, " ~ ", message)
+        message = text.sub(" ~ ", message)
     return re.findall(r"[A-Za-z]*[a-z][A-Za-z]*", message)
 
 

@@ -63,7 +63,9 @@ RIGHT = {
     ],
     "startup-script": [
         script("<Version value='1'/><File name='/a' source='a'><Or/></File>"),
-        script("text<Reboot when='now'><Deep/></Reboot><File name='/a' source='a' mode='x'><And><Or/></And></File>"),
+        script(
+            "text<Reboot when='now'><Deep/></Reboot><File name='/a' source='a' mode='x'><And><Or/></And></File>"
+        ),
     ],
 }
 
@@ -130,7 +132,14 @@ def schema_of(text):
 class Schemas(unittest.TestCase):
     def verdict(self, schema, path=None, text=None):
         """What xmllint finds; "" when it accepts the document."""
-        command = [options.tool("xmllint"), "--noout", "--nonet", "--schema", SCHEMAS / f"{schema}.xsd", path or "-"]
+        command = [
+            options.tool("xmllint"),
+            "--noout",
+            "--nonet",
+            "--schema",
+            SCHEMAS / f"{schema}.xsd",
+            path or "-",
+        ]
         done = subprocess.run(command, input=text, capture_output=True, text=True, check=False)
         self.assertIn(done.returncode, (0, 3), done.stderr)
         return done.stderr if done.returncode else ""
@@ -182,7 +191,9 @@ class Schemas(unittest.TestCase):
             sample.write_text(sample.read_text().replace("lane-counter.tar", "lane-counter"))
             for path in (sample, package_manifest) if strip else ():
                 text = path.read_text()
-                start, end = text.index(" xmlns:xsi"), text.index(">", text.index("noNamespaceSchemaLocation"))
+                start, end = text.index(" xmlns:xsi"), text.index(
+                    ">", text.index("noNamespaceSchemaLocation")
+                )
                 path.write_text(text[:start] + text[end:])
             done = subprocess.run(
                 ["TaVekUtil", "--config", sample.name],

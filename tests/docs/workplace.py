@@ -5,8 +5,8 @@
     packages/lane-counter.tar, dust-filter.tar, lane-counter/       the sample packages, one unpacked as well
     edge-detector.so                                                a library
 
-The program is on the search path, installed as the packages install it: a link to a directory of its own, in which
-tar.exe and sample_config.xml lie beside it.
+The programs are on the search path, installed as the packages install them: links to a directory of their own, in which
+tar.exe and sample_config.xml lie beside them. In host/bin/win64 lies the same once more, as beside the host software.
 """
 
 import os
@@ -21,20 +21,32 @@ sys.path.insert(0, str(REPOSITORY / "tests/e2e"))
 from harness import documents, executable, zip_builder  # noqa: E402
 
 ARCHIVES = {"sensor-arm7.pkg": "linux_arm7", "sensor-arm64.pkg": "linux_arm64", "module-ombix.pkg": "ombix"}
+PROGRAMS = ("TaVekUtil", "TaVekInspect")
 PACKAGES = ("lane-counter", "dust-filter")
 
 
 def prepare(root, program):
-    """Fills the empty directory `root`; answers the environment for commands that run in its `work`."""
+    """Fills the empty directory `root`; answers the environment for commands that run in its `work`. The other programs
+    are taken from beside `program`, as far as they are built."""
     installed = root / "lib/tavekutil/bin"
-    installed.mkdir(parents=True)
+    install(installed, pathlib.Path(program).parent)
     (root / "bin").mkdir()
-    (root / "bin/TaVekUtil").symlink_to("../lib/tavekutil/bin/TaVekUtil")
-    shutil.copy(program, installed / "TaVekUtil")
-    shutil.copy(REPOSITORY / "samples/sample_config.xml", installed)
-    (installed / "tar.exe").symlink_to(shutil.which("tar"))
+    for path in installed.glob("TaVek*"):
+        (root / "bin" / path.name).symlink_to(f"../lib/tavekutil/bin/{path.name}")
     lay_out(root / "work")
-    return {"PATH": f"{root}/bin:{os.environ['PATH']}", "LC_ALL": "C.UTF-8", "TZ": "UTC", "HOME": str(root)}
+    install(root / "work/host/bin/win64", installed)
+    sanitizers = {key: os.environ[key] for key in ("ASAN_OPTIONS", "UBSAN_OPTIONS") if key in os.environ}
+    settings = {"LC_ALL": "C.UTF-8", "TZ": "UTC", "HOME": str(root)}
+    return {"PATH": f"{root}/bin:{os.environ['PATH']}", **settings, **sanitizers}
+
+
+def install(directory, built):
+    directory.mkdir(parents=True, exist_ok=True)
+    for name in PROGRAMS:
+        if (built / name).exists():
+            shutil.copy(built / name, directory)
+    shutil.copy(REPOSITORY / "samples/sample_config.xml", directory)
+    (directory / "tar.exe").symlink_to(shutil.which("tar"))
 
 
 def lay_out(work):
