@@ -97,12 +97,7 @@ void readManifest(Upgrade& upgrade) {
     const zXmlItem root = zXml_Root(manifest);
     upgrade.manifestVersion = childTextOf(manifest, root, "BeVersion");
     upgrade.manifestPlatform = childTextOf(manifest, root, "Platform");
-    for (zXmlItem item = zXml_FirstChild(manifest, root); item != nullptr;
-         item = zXml_NextSibling(manifest, item)) {
-        if (zStrEquals(zXml_ItemName(manifest, item), "VekApp")) {
-            upgrade.packages.push_back(readPackage(manifest, item));
-        }
-    }
+    upgrade.packages = readPackages(manifest);
 }
 
 // ---- The two kinds of upgrades -------------------------------------------------------------------------
@@ -168,6 +163,16 @@ Upgrade readUpgrade(const ArchiveExtended& handles) {
     upgrade.isOpen = true;
     upgrade.isInstallation() ? readInstallation(upgrade) : readArchive(upgrade);
     return upgrade;
+}
+
+std::vector<RecordedPackage> readPackages(zHandle manifest) {
+    std::vector<RecordedPackage> packages;
+    for (zXmlItem item = zXml_FirstChild(manifest, zXml_Root(manifest)); item != nullptr;
+         item = zXml_NextSibling(manifest, item)) {
+        if (zStrEquals(zXml_ItemName(manifest, item), "VekApp"))
+            packages.push_back(readPackage(manifest, item));
+    }
+    return packages;
 }
 
 std::string destinationOf(const RecordedFile& file, const std::string& platform) {

@@ -322,6 +322,7 @@ class Failure(Processing):
             stderr=archive_failed(message),
             status=1,
             stdout=processing("disk/sensor.pkg") + loaded("linux_arm7", combined("disk/pkgs/new", "a.so")),
+            foreseeable=False,
         )
 
     def test_a_directory_in_place_of_an_installations_manifest(self):

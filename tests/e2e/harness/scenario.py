@@ -9,6 +9,7 @@ import unittest
 from dataclasses import dataclass
 
 from . import documents, program, zip_builder
+from .foresight import Foresight
 from .zip_walker import Contents, Malformed
 
 HOST_TIME = 1_500_000_000
@@ -50,7 +51,8 @@ class Scenario(unittest.TestCase):
         self.root = tempfile.mkdtemp(dir=program.scratch_root())
         self.addCleanup(shutil.rmtree, self.root, ignore_errors=True)
         os.chmod(self.root, 0o755)
-        self.program = program.install(self.path("host/bin/win64"))
+        self.programs = self.path("host/bin/win64")
+        self.program = program.install(self.programs)
 
     # ---- Fixtures ----------------------------------------------------------------------------------------
 
@@ -109,17 +111,20 @@ class Scenario(unittest.TestCase):
 
     # ---- Runs --------------------------------------------------------------------------------------------
 
-    def check(self, *arguments, stdout="", stderr="", status=0, files=None, **options):
+    def check(self, *arguments, stdout="", stderr="", status=0, files=None, foreseeable=True, **options):
         """Runs the program and compares everything: both streams, the exit status, and every file below `root`.
 
         `files` names what may differ afterwards: bytes or text for a file's content, Contents for an archive,
         None for any content, DIRECTORY for a new directory, GONE for what is removed. Everything else must be
-        as it was: bytes, mode and modification time.
+        as it was: bytes, mode and modification time. A batch is planned before it runs, and what was foretold is
+        compared, too, unless it is not `foreseeable`.
         """
+        foresight = Foresight(self, arguments if foreseeable else (), **options)
         before = self.snapshot()
         result = program.start(self.program, arguments, self.root, **options)
         self.compare_streams(result, stdout, stderr, status)
         self.compare_files(before, self.snapshot(), files or {})
+        foresight.compare(result)
 
     def check_batch(
         self,
