@@ -35,12 +35,12 @@ zStatus fail(std::errc reason, const std::string& path) {
 
 }  // namespace
 
-bool ImaginedFiles::directoryExists(const char* path) {
-    return directories_.contains(keyOf(path)) || zDirectory_Exists(path);
+zStatus ImaginedFiles::findDirectory(const char* path) {
+    return directories_.contains(keyOf(path)) ? zStatus_Success : zDirectory_Find(path);
 }
 
 zStatus ImaginedFiles::createDirectory(const char* path) {
-    for (std::string at = path; !at.empty() && !directoryExists(at.c_str()); at = parentOf(at)) {
+    for (std::string at = path; !at.empty() && !directoryExists(at); at = parentOf(at)) {
         if (fileExists(at)) {
             return fail(at == path ? std::errc::file_exists : std::errc::not_a_directory, path);
         }

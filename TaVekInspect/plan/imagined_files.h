@@ -10,7 +10,7 @@
 /// installation directory is only remembered, so that later steps find it done.
 class ImaginedFiles : public InstallationFiles {
   public:
-    bool directoryExists(const char* path) override;
+    zStatus findDirectory(const char* path) override;
     zStatus createDirectory(const char* path) override;
     zStatus copyFile(const char* source, const char* destination) override;
     zStatus deleteFile(const char* path) override;
@@ -22,6 +22,8 @@ class ImaginedFiles : public InstallationFiles {
     std::size_t copies() const { return copies_; }
 
   private:
+    bool directoryExists(const std::string& path) { return findDirectory(path.c_str()) == zStatus_Success; }
+
     std::set<std::string> directories_;  // made
     std::set<std::string> files_;        // made
     std::set<std::string> deleted_;      // there and gone

@@ -7,7 +7,7 @@ namespace {
 
 class FilesOnDisk : public InstallationFiles {
   public:
-    bool directoryExists(const char* path) override { return zDirectory_Exists(path); }
+    zStatus findDirectory(const char* path) override { return zDirectory_Find(path); }
     zStatus createDirectory(const char* path) override { return zDirectory_Create(path); }
     zStatus copyFile(const char* source, const char* destination) override {
         return zFile_Copy(source, destination);

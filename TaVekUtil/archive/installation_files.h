@@ -9,7 +9,7 @@ class InstallationFiles {
     virtual ~InstallationFiles() = default;
 
     /// The operations of platform/base with those names.
-    virtual bool directoryExists(const char* path) = 0;
+    virtual zStatus findDirectory(const char* path) = 0;
     virtual zStatus createDirectory(const char* path) = 0;
     virtual zStatus copyFile(const char* source, const char* destination) = 0;
     virtual zStatus deleteFile(const char* path) = 0;

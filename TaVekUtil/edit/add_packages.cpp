@@ -41,7 +41,7 @@ void createResourceDirectory(const ArchiveExtended& archive, const Installation&
     Ta::Check(zPath_Combine(archive.path.c_str(), plan.destination.c_str(), target.data(), target.capacity()),
               operation);
     Ta::Check(zPath_Directory(target.c_str(), directory.data(), directory.capacity()), operation);
-    if (archive.files->directoryExists(directory.c_str())) return;
+    if (archive.files->findDirectory(directory.c_str()) == zStatus_Success) return;
     Ta::Check(archive.files->createDirectory(directory.c_str()), operation);
 }
 

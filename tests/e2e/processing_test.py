@@ -311,6 +311,7 @@ class Failure(Processing):
         ):
             self.skipTest("no right to mount a small file system")
         self.addCleanup(os.system, f"umount '{self.path('disk')}'")
+        self.foreseeable = False
         shutil.move(self.path("pkgs"), self.path("disk/pkgs"))
         self.write("disk/sensor.pkg", self.read("sensor.pkg"))
         message = located(
@@ -322,7 +323,6 @@ class Failure(Processing):
             stderr=archive_failed(message),
             status=1,
             stdout=processing("disk/sensor.pkg") + loaded("linux_arm7", combined("disk/pkgs/new", "a.so")),
-            foreseeable=False,
         )
 
     def test_a_directory_in_place_of_an_installations_manifest(self):

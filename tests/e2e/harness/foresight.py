@@ -3,7 +3,7 @@
 import json
 import os
 
-from . import program, schema
+from . import json_schema, program
 
 SAVING = "TaVekUtil:    - Saving new package as: "
 PLATFORMS = ("linux_arm7", "linux_arm64", "ombix", "win", "all")
@@ -28,7 +28,7 @@ class Foresight:
         self.scenario, self.plan = scenario, None
         batch = batch_of(arguments)
         # Nobody can foretell a full disk.
-        if batch is None or not program.INSPECTOR or file_size is not None:
+        if batch is None or not program.INSPECTOR or file_size is not None or not scenario.foreseeable:
             return
         self.unprivileged = unprivileged
         self.inspector = os.path.join(scenario.programs, os.path.basename(program.INSPECTOR))
@@ -52,7 +52,7 @@ class Foresight:
         self.scenario.assertTrue(result.stderr == "" or "tar" in result.stderr, result.stderr)
         self.scenario.assertIn(result.status, (0, 1))
         document = json.loads(result.stdout)
-        schema.validate(document)
+        json_schema.validate(document)
         return document
 
     def verified(self, path):

@@ -8,7 +8,7 @@ import tempfile
 import unittest
 from dataclasses import dataclass
 
-from . import documents, program, zip_builder
+from . import documents, program, schemas, zip_builder
 from .foresight import Foresight
 from .zip_walker import Contents, Malformed
 
@@ -46,6 +46,7 @@ class Scenario(unittest.TestCase):
     """The working directory of the run is `root`; the program lies in host/bin/win64, as it is installed."""
 
     maxDiff = None
+    foreseeable = True  # False where what happens cannot be known before
 
     def setUp(self):
         self.root = tempfile.mkdtemp(dir=program.scratch_root())
@@ -111,19 +112,21 @@ class Scenario(unittest.TestCase):
 
     # ---- Runs --------------------------------------------------------------------------------------------
 
-    def check(self, *arguments, stdout="", stderr="", status=0, files=None, foreseeable=True, **options):
+    def check(self, *arguments, stdout="", stderr="", status=0, files=None, **options):
         """Runs the program and compares everything: both streams, the exit status, and every file below `root`.
 
         `files` names what may differ afterwards: bytes or text for a file's content, Contents for an archive,
         None for any content, DIRECTORY for a new directory, GONE for what is removed. Everything else must be
         as it was: bytes, mode and modification time. A batch is planned before it runs, and what was foretold is
-        compared, too, unless it is not `foreseeable`.
+        compared, too, unless the test is not `foreseeable`.
         """
-        foresight = Foresight(self, arguments if foreseeable else (), **options)
+        foresight = Foresight(self, arguments, **options)
         before = self.snapshot()
         result = program.start(self.program, arguments, self.root, **options)
         self.compare_streams(result, stdout, stderr, status)
-        self.compare_files(before, self.snapshot(), files or {})
+        after = self.snapshot()
+        self.compare_files(before, after, files or {})
+        self.assertEqual(schemas.complaints(before, after), [])
         foresight.compare(result)
 
     def check_batch(
