@@ -43,9 +43,7 @@ class Foresight:
         }
 
     def inspect(self, *arguments):
-        return program.start(
-            self.inspector, arguments, self.scenario.root, unprivileged=self.unprivileged
-        )
+        return program.start(self.inspector, arguments, self.scenario.root, unprivileged=self.unprivileged)
 
     def parsed(self, result):
         # What tar has to say of a file that it cannot read is let through.

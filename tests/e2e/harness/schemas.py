@@ -44,7 +44,9 @@ def documents(states):
 
 def members(blob):
     try:
-        found = [(entry.name.decode(), entry.data()) for entry in walk(blob)[1] if entry.name.decode() in BY_NAME]
+        found = [
+            (entry.name.decode(), entry.data()) for entry in walk(blob)[1] if entry.name.decode() in BY_NAME
+        ]
     except (Malformed, ValueError, struct.error, zlib.error):
         return []
     return [(name, content) for name, content in found if content is not None]
