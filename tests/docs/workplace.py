@@ -5,8 +5,8 @@
     packages/lane-counter.tar, dust-filter.tar, lane-counter/       the sample packages, one unpacked as well
     edge-detector.so                                                a library
 
-The program is on the search path, installed as the packages install it: a link to a directory of its own, in which
-tar.exe and sample_config.xml lie beside it.
+The programs are on the search path, installed as the packages install them: links to a directory of their own, in which
+tar.exe and sample_config.xml lie beside them.
 """
 
 import os
@@ -29,8 +29,9 @@ def prepare(root, program):
     installed = root / "lib/tavekutil/bin"
     installed.mkdir(parents=True)
     (root / "bin").mkdir()
-    (root / "bin/TaVekUtil").symlink_to("../lib/tavekutil/bin/TaVekUtil")
-    shutil.copy(program, installed / "TaVekUtil")
+    for name in ("TaVekUtil", "TaVekInspect"):
+        (root / "bin" / name).symlink_to(f"../lib/tavekutil/bin/{name}")
+        shutil.copy(pathlib.Path(program).with_name(name), installed)
     shutil.copy(REPOSITORY / "samples/sample_config.xml", installed)
     (installed / "tar.exe").symlink_to(shutil.which("tar"))
     lay_out(root / "work")
