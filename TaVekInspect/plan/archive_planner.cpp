@@ -304,7 +304,7 @@ void ArchivePlanner::finish(Work& work) {
 
 void ArchivePlanner::save(Work& work) {
     PlannedArchive& result = work.result;
-    const zHandle container = work.archive.archive.get();
+    zHandle container = work.archive.archive.get();
     TaVekUtil_StoreManifest(work.archive);
     const std::string output =
         TaVekUtil_OutputPath(TaVekUtil_SplitPath(result.path.c_str()), config_).c_str();
