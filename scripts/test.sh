@@ -12,7 +12,7 @@ source "$(dirname "$0")/lib.sh"
 cd "$repository"
 
 test_packages=(googletest python3 zip unzip p7zip-full libarchive-tools zlib1g-dev libio-compress-perl
-    libxml2-utils)
+    libxml2-utils python3-jsonschema patch)
 
 sources() { git ls-files '*.cpp' '*.h'; }
 
@@ -60,7 +60,7 @@ check_clang() {
 check_tidy() {
     need "${test_packages[@]}" clang-tidy
     cmake --preset clang >/dev/null
-    sources | grep -E '^(platform|TaVekUtil|tools)/.*\.cpp$' | grep -v '/windows' |
+    sources | grep -E '^(platform|TaVekUtil|TaVekInspect|tools)/.*\.cpp$' | grep -v '/windows' |
         xargs -P "$(nproc)" -n 4 clang-tidy --quiet -p build/clang 2>/dev/null
 }
 
@@ -80,9 +80,9 @@ check_coverage() {
     build coverage
     find build/coverage -name '*.gcda' -delete
     run_tests coverage
-    gcovr --root . --object-directory build/coverage --filter 'platform/' --filter 'TaVekUtil/' \
+    gcovr --root . --object-directory build/coverage --filter 'platform/' --filter 'TaVekUtil/' --filter 'TaVekInspect/' \
         --exclude-unreachable-branches --fail-under-line 95 --print-summary --txt build/coverage/lines.txt
-    grep -E '^(platform|TaVekUtil)/' build/coverage/lines.txt | awk '$4 != "100%"'
+    grep -E '^(platform|TaVekUtil|TaVekInspect)/' build/coverage/lines.txt | awk '$4 != "100%"'
 }
 
 check_faults() {

@@ -8,7 +8,8 @@
 
 namespace {
 
-const Command* const commands[] = {&infoCommand, &listCommand, &verifyCommand, &diffCommand, &reportCommand};
+const Command* const commands[] = {&infoCommand, &listCommand, &verifyCommand,
+                                   &diffCommand, &planCommand, &reportCommand};
 
 const Command* findCommand(const std::string& name) {
     for (const Command* command : commands) {

@@ -33,4 +33,5 @@ extern const Command infoCommand;
 extern const Command listCommand;
 extern const Command verifyCommand;
 extern const Command diffCommand;
+extern const Command planCommand;
 extern const Command reportCommand;

@@ -15,7 +15,7 @@ int run(const Request& request) {
     const std::string page = htmlReport(comparison.before, comparison.after, comparison.difference);
     if (request.json) writeDifference(std::cout, comparison.before, comparison.after, comparison.difference);
     const zStatus saved = zFile_Save(request.html.c_str(), page.data(), page.size());
-    if (saved == zStatus_Success) return comparison.exitStatus();
+    if (saved == zStatus_Success) return comparison.isComplete() ? exitFine : exitTrouble;
     std::cerr << "TaVekInspect: " << printable(request.html) << ": "
               << printable(reasonOf(saved, request.html)) << '\n';
     return exitTrouble;

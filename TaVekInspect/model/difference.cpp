@@ -67,7 +67,7 @@ constexpr std::uint64_t longestText = 16 << 20;
 /// Puts the bytes of a member into `text` when they are text; a member that is not there is an empty one.
 bool readText(const Upgrade& upgrade, const zMemberInfo* member, std::string& text) {
     if (member == nullptr) return true;
-    const zHandle archive = upgrade.handles.archive.get();
+    zHandle archive = upgrade.handles.archive.get();
     std::int64_t index = 0;
     if (member->size > longestText) return false;
     if (zArchive_Find(archive, member->name.c_str(), &index) != zStatus_Success) return false;

@@ -50,7 +50,7 @@ void readControllers(zHandle document, zXmlItem entry, std::vector<std::string>&
 }
 
 void readEntries(const StartupScript& script, std::vector<ScriptEntry>& entries) {
-    const zHandle document = script.document();
+    zHandle document = script.document();
     for (zXmlItem item = zXml_FirstChild(document, script.root()); item != nullptr;
          item = zXml_NextSibling(document, item)) {
         if (!zStrEquals(zXml_ItemName(document, item), "File")) continue;
@@ -65,7 +65,7 @@ void readEntries(const StartupScript& script, std::vector<ScriptEntry>& entries)
 
 /// The script's entries, the platform and the host version that it tells.
 void readScript(Upgrade& upgrade) {
-    const zHandle archive = upgrade.handles.archive.get();
+    zHandle archive = upgrade.handles.archive.get();
     upgrade.hasScript =
         attempt(upgrade, [&] { readEntries(*StartupScript::of(archive, operation), upgrade.entries); });
     if (!upgrade.hasScript) return;
@@ -93,16 +93,11 @@ RecordedPackage readPackage(zHandle manifest, zXmlItem item) {
 }
 
 void readManifest(Upgrade& upgrade) {
-    const zHandle manifest = upgrade.handles.manifest.get();
+    zHandle manifest = upgrade.handles.manifest.get();
     const zXmlItem root = zXml_Root(manifest);
     upgrade.manifestVersion = childTextOf(manifest, root, "BeVersion");
     upgrade.manifestPlatform = childTextOf(manifest, root, "Platform");
-    for (zXmlItem item = zXml_FirstChild(manifest, root); item != nullptr;
-         item = zXml_NextSibling(manifest, item)) {
-        if (zStrEquals(zXml_ItemName(manifest, item), "VekApp")) {
-            upgrade.packages.push_back(readPackage(manifest, item));
-        }
-    }
+    upgrade.packages = readPackages(manifest);
 }
 
 // ---- The two kinds of upgrades -------------------------------------------------------------------------
@@ -113,7 +108,7 @@ bool hasMember(const Upgrade& upgrade, const char* name) {
 }
 
 void readArchive(Upgrade& upgrade) {
-    const zHandle archive = upgrade.handles.archive.get();
+    zHandle archive = upgrade.handles.archive.get();
     attempt(upgrade, [&] { Ta::Check(zArchive_Members(archive, upgrade.members), operation); });
     // A manifest that was obtained already may be edited; the member is what it was.
     const bool isObtained = upgrade.handles.manifest.get() != nullptr;
@@ -168,6 +163,16 @@ Upgrade readUpgrade(const ArchiveExtended& handles) {
     upgrade.isOpen = true;
     upgrade.isInstallation() ? readInstallation(upgrade) : readArchive(upgrade);
     return upgrade;
+}
+
+std::vector<RecordedPackage> readPackages(zHandle manifest) {
+    std::vector<RecordedPackage> packages;
+    for (zXmlItem item = zXml_FirstChild(manifest, zXml_Root(manifest)); item != nullptr;
+         item = zXml_NextSibling(manifest, item)) {
+        if (zStrEquals(zXml_ItemName(manifest, item), "VekApp"))
+            packages.push_back(readPackage(manifest, item));
+    }
+    return packages;
 }
 
 std::string destinationOf(const RecordedFile& file, const std::string& platform) {

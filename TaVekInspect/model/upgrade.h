@@ -66,6 +66,9 @@ Upgrade readUpgrade(const std::string& path);
 /// What `handles`, opened and perhaps edited by the tool's operations, holds now.
 Upgrade readUpgrade(const ArchiveExtended& handles);
 
+/// The packages that the unified manifest `manifest` records.
+std::vector<RecordedPackage> readPackages(zHandle manifest);
+
 /// Where `file` is installed on `platform`: its destination, or the default for its file name. "" when the
 /// platform has no default.
 std::string destinationOf(const RecordedFile& file, const std::string& platform);

@@ -109,7 +109,7 @@ void verifyPackages(const Upgrade& upgrade, Findings& findings) {
 
 Findings verifyMembers(const Upgrade& upgrade, const Progress& progress) {
     Findings findings;
-    const zHandle archive = upgrade.handles.archive.get();
+    zHandle archive = upgrade.handles.archive.get();
     std::size_t done = 0;
     for (const zMemberInfo& member : upgrade.members) {
         progress(done++, upgrade.members.size());

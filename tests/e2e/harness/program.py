@@ -8,6 +8,7 @@ import subprocess
 from dataclasses import dataclass
 
 PROGRAM = os.environ.get("TAVEK_PROGRAM", "")
+INSPECTOR = os.environ.get("TAVEK_INSPECTOR", "")
 EMULATOR = os.environ.get("TAVEK_EMULATOR", "").split()
 TAR = os.environ.get("TAVEK_TAR", "") or shutil.which("tar")
 
@@ -79,11 +80,9 @@ def text(output):
 def install(directory):
     """Copies the program into `directory`, with the tar program beside it; answers the program's path."""
     os.makedirs(directory, exist_ok=True)
-    program = os.path.join(directory, os.path.basename(PROGRAM))
-    try:
-        os.link(installed_once(), program)
-    except OSError:
-        shutil.copy2(PROGRAM, program)
+    program = lay(PROGRAM, directory)
+    if INSPECTOR:
+        lay(INSPECTOR, directory)
     if ON_WINDOWS:
         shutil.copy2(TAR, os.path.join(directory, "tar.exe"))
     else:
@@ -91,17 +90,27 @@ def install(directory):
     return program
 
 
-_copy = None
+def lay(original, directory):
+    """Puts a program into `directory`; answers its path."""
+    program = os.path.join(directory, os.path.basename(original))
+    try:
+        os.link(installed_once(original), program)
+    except OSError:
+        shutil.copy2(original, program)
+    return program
 
 
-def installed_once():
-    """One copy of the program where every user may run it; the tests' own are links to it."""
-    global _copy
-    if _copy is None:
-        _copy = os.path.join(scratch_root(), os.path.basename(PROGRAM))
-        shutil.copy2(PROGRAM, _copy)
-        os.chmod(_copy, 0o755)
-    return _copy
+_copies = {}
+
+
+def installed_once(original):
+    """One copy of a program where every user may run it; the tests' own are links to it."""
+    if original not in _copies:
+        copy = os.path.join(scratch_root(), os.path.basename(original))
+        shutil.copy2(original, copy)
+        os.chmod(copy, 0o755)
+        _copies[original] = copy
+    return _copies[original]
 
 
 _scratch = None

@@ -10,6 +10,7 @@ import unittest
 from dataclasses import dataclass
 
 from . import documents, program, schemas, zip_builder
+from .foresight import Foresight
 from .zip_walker import Contents, Malformed
 
 HOST_TIME = 1_500_000_000
@@ -72,12 +73,14 @@ class Scenario(unittest.TestCase):
     """The working directory of the run is `root`; the program lies in host/bin/win64, as it is installed."""
 
     maxDiff = None
+    foreseeable = True  # False where what happens cannot be known before
 
     def setUp(self):
         self.root = tempfile.mkdtemp(dir=program.scratch_root())
         self.addCleanup(shutil.rmtree, self.root, ignore_errors=True)
         os.chmod(self.root, 0o755)
-        self.program = program.install(self.path("host/bin/win64"))
+        self.programs = self.path("host/bin/win64")
+        self.program = program.install(self.programs)
 
     # ---- Fixtures ----------------------------------------------------------------------------------------
 
@@ -141,8 +144,10 @@ class Scenario(unittest.TestCase):
 
         `files` names what may differ afterwards: bytes or text for a file's content, Contents for an archive,
         None for any content, DIRECTORY for a new directory, GONE for what is removed. Everything else must be
-        as it was: bytes, mode and modification time.
+        as it was: bytes, mode and modification time. A batch is planned before it runs, and what was foretold is
+        compared, too, unless the test is not `foreseeable`.
         """
+        foresight = Foresight(self, arguments, **options)
         before = self.snapshot()
         rights = write_protected(self.root) if options.get("unprivileged") else contextlib.nullcontext()
         with rights:
@@ -151,6 +156,7 @@ class Scenario(unittest.TestCase):
         after = self.snapshot()
         self.compare_files(before, after, files or {})
         self.assertEqual(schemas.complaints(before, after), [])
+        foresight.compare(result)
 
     def check_batch(
         self,
