@@ -11,7 +11,7 @@
 source "$(dirname "$0")/lib.sh"
 cd "$repository"
 
-test_packages=(googletest python3 zip unzip p7zip-full libarchive-tools pkg-config libxml2-dev)
+test_packages=(googletest python3 zip unzip p7zip-full libarchive-tools pkgconf libxml2-dev)
 
 sources() { git ls-files '*.cpp' '*.h'; }
 
