@@ -88,46 +88,48 @@ TEST(Libxml, readsWhatWasWrittenAndEdited) {
     }
 }
 
+/// What a document is damaged with.
+constexpr const char* splinters[] = {"<",
+                                     ">",
+                                     "&",
+                                     "\"",
+                                     "'",
+                                     "/",
+                                     "=",
+                                     " ",
+                                     "]]>",
+                                     "--",
+                                     "<!--",
+                                     "-->",
+                                     "<?",
+                                     "?>",
+                                     "<a>",
+                                     "</a>",
+                                     "<a/>",
+                                     "&lt;",
+                                     "&#0;",
+                                     "&x;",
+                                     "&#65",
+                                     "a",
+                                     ":",
+                                     "xml",
+                                     "<?xml ",
+                                     "<![CDATA[",
+                                     "\x01",
+                                     "\xFF",
+                                     "\xC3",
+                                     "\xED\xA0\x80",
+                                     "\r",
+                                     "1",
+                                     " a=''",
+                                     " x='1' x='2'",
+                                     "\xEF\xBF\xBF",
+                                     "\xE0\x80\x80",
+                                     "\xC3\x97",
+                                     "<!DOCTYPE a>"};
+
 /// Damages `text` in one to three places.
 std::string mutated(RandomDocument& random, std::string text) {
-    static constexpr const char* parts[] = {"<",
-                                            ">",
-                                            "&",
-                                            "\"",
-                                            "'",
-                                            "/",
-                                            "=",
-                                            " ",
-                                            "]]>",
-                                            "--",
-                                            "<!--",
-                                            "-->",
-                                            "<?",
-                                            "?>",
-                                            "<a>",
-                                            "</a>",
-                                            "<a/>",
-                                            "&lt;",
-                                            "&#0;",
-                                            "&x;",
-                                            "&#65",
-                                            "a",
-                                            ":",
-                                            "xml",
-                                            "<?xml ",
-                                            "<![CDATA[",
-                                            "\x01",
-                                            "\xFF",
-                                            "\xC3",
-                                            "\xED\xA0\x80",
-                                            "\r",
-                                            "1",
-                                            " a=''",
-                                            " x='1' x='2'",
-                                            "\xEF\xBF\xBF",
-                                            "\xE0\x80\x80",
-                                            "\xC3\x97",
-                                            "<!DOCTYPE a>"};
     for (std::size_t count = 1 + random.roll(3); count > 0; --count) {
         const std::size_t place = random.roll(text.size() + 1);
         const std::size_t size = std::min(random.roll(6), text.size() - place);
@@ -139,10 +141,11 @@ std::string mutated(RandomDocument& random, std::string text) {
                 text.insert(random.roll(text.size() + 1), text.substr(place, 4 * size));
                 break;
             case 2:
-                text.replace(place, std::min<std::size_t>(size, 1), parts[random.roll(std::size(parts))]);
+                text.replace(place, std::min<std::size_t>(size, 1),
+                             splinters[random.roll(std::size(splinters))]);
                 break;
             default:
-                text.insert(place, parts[random.roll(std::size(parts))]);
+                text.insert(place, splinters[random.roll(std::size(splinters))]);
         }
     }
     return text;
