@@ -7,7 +7,7 @@
 //
 // Every document is parsed from a block of its own, as the tool does with an archive's member. pugixml reads
 // with parse_full (comments, instructions, declaration and document type are kept, white space between
-// elements is not) and writes with format_raw, its fastest, into a string that has the room; libxml2 keeps
+// elements is not) and writes with format_raw, its fastest, into a string, as its manual shows; libxml2 keeps
 // everything. Each result of parseEditWrite is checked once for its edit. The counter `beyondTextPerNode` is
 // what a document holds beyond the bytes of its text, for each of its elements and attributes.
 
@@ -97,9 +97,8 @@ struct StringWriter : pugi::xml_writer {
 struct Pugi {
     static constexpr const char* name = "pugixml";
     pugi::xml_document document;
-    std::size_t size;
 
-    explicit Pugi(const std::string& text) : size(text.size()) {
+    explicit Pugi(const std::string& text) {
         require(document.load_buffer(text.data(), text.size(), pugi::parse_full, pugi::encoding_utf8),
                 "pugixml");
     }
@@ -110,7 +109,6 @@ struct Pugi {
     }
     std::size_t write(std::string* copy) const {
         StringWriter writer;
-        writer.text.reserve(size + size / 8);
         document.save(writer, "", pugi::format_raw, pugi::encoding_utf8);
         if (copy != nullptr) *copy = writer.text;
         return writer.text.size();
