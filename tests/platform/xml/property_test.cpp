@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <map>
 
 #include "tests/platform/xml/random_edits.h"
@@ -18,8 +17,7 @@ namespace {
 using namespace testing;
 using xml::Encoding;
 
-/// Fewer under valgrind, which runs each thirty times as long.
-const std::uint32_t documentCount = std::getenv("TAVEK_VALGRIND") == nullptr ? 1000 : 30;
+const std::uint32_t documentCount = isUnderValgrind() ? 30 : 1000;
 
 constexpr Encoding encodings[] = {Encoding::utf8,           Encoding::utf8,  Encoding::utf16LittleEndian,
                                   Encoding::utf16BigEndian, Encoding::ascii, Encoding::latin1,

@@ -21,7 +21,7 @@ struct Element {
 /// In the form of describeTree.
 std::string describe(const Element& root);
 
-/// Draws documents and everything in them; the same seed draws the same on every system.
+/// Draws documents and everything in them; the same seed draws the same in every run of a build.
 class RandomDocument {
   public:
     explicit RandomDocument(std::uint32_t seed) : engine_(seed) {}

@@ -1,23 +1,14 @@
 // Documents of absurd shapes: each is read, edited and saved without a call stack's worth of depth. Every
 // test would run for minutes if anything in it cost more than linear time.
 
-#include <cstdlib>
-
 #include "tests/platform/xml/xml_documents.h"
 
 namespace {
 
 using namespace testing;
 
-/// How often things are repeated; under valgrind all this would take an hour.
-const std::size_t scale = std::getenv("TAVEK_VALGRIND") == nullptr ? 100'000 : 5'000;
-
-std::string repeated(std::string_view part, std::size_t count) {
-    std::string text;
-    text.reserve(part.size() * count);
-    for (std::size_t i = 0; i < count; ++i) text += part;
-    return text;
-}
+/// How often things are repeated.
+const std::size_t scale = isUnderValgrind() ? 5'000 : 100'000;
 
 TEST(Scale, nestsAMillionDeep) {
     const std::size_t depth = 10 * scale;
