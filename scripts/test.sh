@@ -12,7 +12,7 @@ source "$(dirname "$0")/lib.sh"
 cd "$repository"
 
 test_packages=(googletest python3 zip unzip p7zip-full libarchive-tools zlib1g-dev libio-compress-perl
-    libxml2-utils python3-jsonschema patch)
+    libxml2-utils python3-jsonschema patch pkgconf libxml2-dev)
 
 sources() { git ls-files '*.cpp' '*.h'; }
 

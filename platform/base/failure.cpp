@@ -1,6 +1,5 @@
 #include "platform/base/failure.h"
 
-#include <algorithm>
 #include <array>
 
 namespace failure {
@@ -16,9 +15,7 @@ struct Last {
 Last last;
 
 void append(std::string_view text) {
-    const std::size_t count = std::min(text.size(), last.detail.size() - last.length);
-    text.copy(last.detail.data() + last.length, count);
-    last.length += count;
+    last.length += text.copy(last.detail.data() + last.length, last.detail.size() - last.length);
 }
 
 void begin(zStatus status) {

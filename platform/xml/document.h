@@ -59,9 +59,6 @@ class Document final : public zObject {
     /// Notes that the bytes of `item`, and so those of everything around it, are no longer those of the text.
     static void touch(Item& item);
 
-    /// Bytes held beyond the text itself, for measuring.
-    std::size_t heldBytes() const { return items_.heldBytes(); }
-
   private:
     void replaceText(std::string_view text);
     std::size_t readEncoding(Mark mark);

@@ -63,10 +63,6 @@ bool ItemPool::owns(const Item* item) const {
     return std::less<>()(address, begin + std::prev(chunk)->count * sizeof(Item));
 }
 
-std::size_t ItemPool::heldBytes() const {
-    return capacity_ * sizeof(Item);
-}
-
 void ItemPool::grow() {
     // An eighth more each time: little is held in vain, and the chunks stay few.
     Chunk chunk;

@@ -83,7 +83,6 @@ class ItemPool {
     }
     /// True when `item` is one of this pool, whatever the pointer is.
     bool owns(const Item* item) const;
-    std::size_t heldBytes() const;
 
   private:
     struct Chunk {

@@ -14,16 +14,17 @@ namespace {
 
 using namespace xml;
 
-/// Copies `text`, zero-terminated, when it fits; leaves `buffer` alone when not. `what` and the name of
-/// `item` say what did not.
-zStatus fill(char* buffer, std::size_t capacity, std::string_view text, std::string_view what,
-             const Item& item) {
-    if (text.size() < capacity) {
-        buffer[text.copy(buffer, text.size())] = '\0';
-        return zStatus_Success;
-    }
+/// Copies `text`, zero-terminated, when it fits; leaves `buffer` alone and answers false when not.
+bool fill(char* buffer, std::size_t capacity, std::string_view text) {
+    if (text.size() >= capacity) return false;
+    buffer[text.copy(buffer, text.size())] = '\0';
+    return true;
+}
+
+/// What did not fit is `what` of `item`, which has `size` bytes.
+zStatus refuseSize(std::string_view what, const Item& item, std::size_t size, std::size_t capacity) {
     return failure::record(zStatus_DoesNotFit,
-                           joined({what, " of <", item.name(), "> needs ", std::to_string(text.size()),
+                           joined({what, " of <", item.name(), "> needs ", std::to_string(size),
                                    " bytes, ", std::to_string(capacity - 1), " are allowed"}));
 }
 
@@ -57,7 +58,11 @@ zStatus zXml_ItemText(zHandle document, zXmlItem item, char* buffer, std::size_t
     buffer[0] = '\0';
     const Item* source = livingItem(document, item);
     if (source == nullptr) return refuseItem();
-    return failure::guarded([&] { return fill(buffer, capacity, itemText(*source), "the text", *source); });
+    return failure::guarded([&] {
+        const std::string text = itemText(*source);
+        if (fill(buffer, capacity, text)) return zStatus_Success;
+        return refuseSize("the text", *source, text.size(), capacity);
+    });
 }
 
 zStatus zXml_ChildText(zHandle document, zXmlItem parent, const char* name, char* buffer,
@@ -80,8 +85,9 @@ zStatus zXml_AttrText(zHandle document, zXmlItem item, const char* name, char* b
             return failure::record(zStatus_NotFound,
                                    joined({"<", source->name(), "> has no attribute \"", name, "\""}));
         }
-        return fill(buffer, capacity, readValue(attribute.value), joined({"the attribute \"", name, "\""}),
-                    *source);
+        const std::string value = readValue(attribute.value);
+        if (fill(buffer, capacity, value)) return zStatus_Success;
+        return refuseSize(joined({"the attribute \"", name, "\""}), *source, value.size(), capacity);
     });
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
 #include <string_view>
 
@@ -10,6 +11,19 @@
 #include "tests/testing/xml_tree.h"
 
 namespace testing {
+
+/// True under valgrind, where everything takes thirty times as long and a fraction must do.
+inline bool isUnderValgrind() {
+    return std::getenv("TAVEK_VALGRIND") != nullptr;
+}
+
+/// `part`, `count` times.
+inline std::string repeated(std::string_view part, std::size_t count) {
+    std::string text;
+    text.reserve(part.size() * count);
+    for (std::size_t i = 0; i < count; ++i) text += part;
+    return text;
+}
 
 /// The document that `bytes` are; fails the test when they are none.
 inline Ta::Object<zHandle> parsed(std::string_view bytes) {
