@@ -158,7 +158,10 @@ def shifted(node, old, new):
 
 
 def layout_differences(expected, found):
-    """When the source is laid out regularly, the result must be so as well."""
+    """When the source is laid out regularly, the result must be so as well. Not beside text in the root: there, elements
+    are added without white space, which would be text, too."""
+    if any(child.kind in ("text", "cdata") for child in solid(expected.root)):
+        return []
     if expected.source is None:
         style = ("  ", "\n")
         before = '<?xml version="1.0" encoding="UTF-8"?>\n'
