@@ -21,11 +21,11 @@ bool fill(char* buffer, std::size_t capacity, std::string_view text) {
     return true;
 }
 
-/// What did not fit is `what` of `item`, which has `size` bytes.
+/// What did not fit is `what` of `item`, which has `size` bytes; the terminator is not counted.
 zStatus refuseSize(std::string_view what, const Item& item, std::size_t size, std::size_t capacity) {
     return failure::record(zStatus_DoesNotFit,
-                           joined({what, " of <", item.name(), "> needs ", std::to_string(size),
-                                   " bytes, ", std::to_string(capacity - 1), " are allowed"}));
+                           joined({what, " of <", item.name(), "> needs ", std::to_string(size), " bytes, ",
+                                   std::to_string(capacity - 1), " are allowed"}));
 }
 
 zStatus refuseBuffer() {

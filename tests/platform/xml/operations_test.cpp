@@ -44,9 +44,9 @@ TEST(Capacity, countsTheTerminatorOfAText) {
         EXPECT_EQ(buffer, fits + '\0' + '#');
         EXPECT_EQ(zXml_ItemText(document.get(), itemAt(document, "r/b"), buffer.data(), capacity),
                   zStatus_DoesNotFit);
-        EXPECT_EQ(failure::detailOf(zStatus_DoesNotFit), "the text of <b> needs " +
-                                                             std::to_string(capacity) + " bytes, " +
-                                                             std::to_string(capacity - 1) + " are allowed");
+        EXPECT_EQ(failure::detailOf(zStatus_DoesNotFit), "the text of <b> needs " + std::to_string(capacity) +
+                                                             " bytes, " + std::to_string(capacity - 1) +
+                                                             " are allowed");
         EXPECT_STREQ(buffer.c_str(), "") << "a failure leaves the buffer empty";
     }
 }
