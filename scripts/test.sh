@@ -15,7 +15,8 @@ test_packages=(googletest python3 zip unzip p7zip-full libarchive-tools)
 
 sources() { git ls-files '*.cpp' '*.h'; }
 
-run_tests() { ctest --preset "$1" --parallel "$(nproc)"; }
+# The faults have a check of their own.
+run_tests() { ctest --preset "$1" --parallel "$(nproc)" --label-exclude faults; }
 
 check_format() {
     need clang-format
@@ -60,7 +61,7 @@ check_tidy() {
 check_valgrind() {
     need "${test_packages[@]}" valgrind
     build debug
-    TAVEK_VALGRIND=1 ctest --preset debug --parallel "$(nproc)" --label-exclude e2e -T memcheck \
+    TAVEK_VALGRIND=1 ctest --preset debug --parallel "$(nproc)" --label-exclude 'e2e|faults' -T memcheck \
         --overwrite MemoryCheckCommandOptions="--error-exitcode=99 --leak-check=full -q" |
         tee build/debug/valgrind.log
     grep -q 'Memory checking results:' build/debug/valgrind.log &&
@@ -78,13 +79,25 @@ check_coverage() {
     grep -E '^(platform|TaVekUtil)/' build/coverage/lines.txt | awk '$4 != "100%"'
 }
 
+check_faults() {
+    need "${test_packages[@]}" strace
+    build release
+    ctest --preset release --label-regex faults --verbose
+}
+
 check_windows() {
     need "${test_packages[@]}" g++-mingw-w64-x86-64-posix wine64
     build windows
     run_tests windows
 }
 
-checks=(format layers scripts release asan clang tidy valgrind coverage windows)
+# Each fuzz target for half a minute of processor time.
+check_fuzz() {
+    need "${test_packages[@]}" clang
+    scripts/fuzz.sh --cpu 30 --jobs "$(nproc)"
+}
+
+checks=(format layers scripts release asan clang tidy valgrind coverage faults windows fuzz)
 
 main() {
     local chosen=("$@") name status failed=() passed=0

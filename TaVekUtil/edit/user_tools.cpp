@@ -17,10 +17,12 @@ void copyFile(const char* filePath, const char* destination, const char* install
     Ta::Check(zPath_Combine(installDirectory, destination, target.data(), target.capacity()), operation);
     Ta::Check(zPath_Directory(target.c_str(), directory.data(), directory.capacity()), operation);
 
-    if (!zDirectory_Exists(directory.c_str())) {
+    const zStatus found = zDirectory_Find(directory.c_str());
+    if (found == zStatus_NotFound) {
         std::cout << "Directory does not exists (\"" << target.c_str() << "\"), skipping file." << std::endl;
         return;
     }
+    Ta::Check(found, operation);
     Ta::Check(zFile_Copy(filePath, target.c_str()), operation);
     std::cout << "TaVekUtil:    - Loaded file for Windows: " << destination << std::endl;
 }

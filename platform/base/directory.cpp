@@ -18,8 +18,19 @@ zStatus zDirectory_Application(char* destination, std::size_t capacity) {
 }
 
 bool zDirectory_Exists(const char* path) {
-    os::FileType type{};
-    return !os::fileType(path, type) && type == os::FileType::directory;
+    return zDirectory_Find(path) == zStatus_Success;
+}
+
+zStatus zDirectory_Find(const char* path) {
+    return failure::guarded([&] {
+        os::FileType type{};
+        const std::error_code error = os::fileType(path, type);
+        const bool leadsNowhere = error == std::errc::filename_too_long ||
+                                  error == std::errc::too_many_symbolic_link_levels ||
+                                  (!error && type != os::FileType::directory);
+        if (leadsNowhere) return zStatus_NotFound;
+        return error ? failure::record(error, path) : zStatus_Success;
+    });
 }
 
 zStatus zDirectory_Create(const char* path) {

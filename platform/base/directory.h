@@ -11,6 +11,10 @@ zStatus zDirectory_Application(char* destination, std::size_t capacity);
 /// True when `path` names an existing directory.
 bool zDirectory_Exists(const char* path);
 
+/// Finds out whether `path` names an existing directory: zStatus_NotFound when it does not, zStatus_IoError
+/// when that cannot be told.
+zStatus zDirectory_Find(const char* path);
+
 /// Creates the directory `path` with its missing parents; one that exists already is a success.
 zStatus zDirectory_Create(const char* path);
 

@@ -31,7 +31,7 @@ zStatus answer(std::string_view result, char* destination, std::size_t capacity)
 
 std::string_view directoryOf(std::string_view path) {
     const std::size_t separator = path.find_last_of(separators);
-    if (separator == std::string_view::npos) return {};
+    if (separator == std::string_view::npos) return path.substr(0, 0);
     return path.substr(0, std::max(separator, os::rootLength(path)));
 }
 

@@ -97,7 +97,8 @@ class OutputFile {
     [[nodiscard]] std::error_code write(const void* bytes, std::size_t size);
 
     /// Flushes the content to disk and puts it in the target's place, durably. After a failure the target is
-    /// what it was. On Windows a target that somebody holds open in a way that forbids replacing it fails.
+    /// what it was; only when the last step fails, flushing the new name, it is the new file. On Windows a
+    /// target that somebody holds open in a way that forbids replacing it fails.
     [[nodiscard]] std::error_code commit();
 
   private:
@@ -110,10 +111,11 @@ class OutputFile {
 
 // ---- Directories ---------------------------------------------------------------------------------------
 
-/// Creates `path` and its missing parents; a directory that exists already is a success.
+/// Creates `path` and its missing parents, durably; a directory that exists already is a success.
 [[nodiscard]] std::error_code createDirectories(const std::string& path);
 
-/// Appends to `names` the names of the plain files (and links to such) in `directory`, in no order.
+/// Appends to `names` the names of the plain files (and links to such) in `directory`, in no order. Links
+/// that lead nowhere are left out; one of which that cannot be told is an error.
 [[nodiscard]] std::error_code listFiles(const std::string& directory, std::vector<std::string>& names);
 
 /// The directory that holds the running program.
@@ -156,7 +158,8 @@ struct Time {
 std::vector<std::string> commandLine(int count, char** words);
 
 /// Makes std::terminate end the process abnormally without a word of the runtime's own on any stream, and
-/// on Windows without a message box.
+/// on Windows without a message box. A limit on the size of files, where there are such, makes writing fail
+/// from now on and no longer ends the process.
 void silenceAbnormalEnd();
 
 /// Unpacks `archive` into the existing `directory` with the tar program "tar.exe" in `programDirectory`, its

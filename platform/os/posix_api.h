@@ -1,5 +1,6 @@
 #pragma once
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -68,5 +69,14 @@ class Descriptor {
   private:
     int number_;
 };
+
+/// Makes names that came into `directory` outlast a power cut, as far as it can be opened and flushed.
+inline std::error_code flushDirectory(const std::string& directory) {
+    const Descriptor opened(
+        retried([&] { return ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    if (!opened.valid()) return errno == EACCES ? std::error_code{} : lastError();
+    if (retried([&] { return ::fsync(opened.get()); }) == 0 || errno == EINVAL) return {};
+    return lastError();
+}
 
 }  // namespace os::posix

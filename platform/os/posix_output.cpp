@@ -16,6 +16,7 @@ namespace os {
 
 using posix::Descriptor;
 using posix::directoryOf;
+using posix::flushDirectory;
 using posix::isKind;
 using posix::lastError;
 using posix::native;
@@ -94,15 +95,6 @@ std::error_code takeOver(int file, const struct stat& replaced) {
     if (!sameOwner && errno != EPERM) return lastError();
     const mode_t mode = replaced.st_mode & (sameOwner ? everyBit : accessBits);
     return ::fchmod(file, mode) == 0 ? std::error_code{} : lastError();
-}
-
-/// Makes a rename in `directory` outlast a power cut, as far as the directory can be opened and flushed.
-std::error_code flushDirectory(const std::string& directory) {
-    const Descriptor opened(
-        retried([&] { return ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-    if (!opened.valid()) return errno == EACCES ? std::error_code{} : lastError();
-    if (retried([&] { return ::fsync(opened.get()); }) == 0 || errno == EINVAL) return {};
-    return lastError();
 }
 
 }  // namespace

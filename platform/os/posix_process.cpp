@@ -1,6 +1,7 @@
 // The command line, the abnormal end and the tar program on POSIX systems.
 
 #include <fcntl.h>
+#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -22,6 +23,7 @@ std::vector<std::string> commandLine(int count, char** words) {
 
 void silenceAbnormalEnd() {
     std::set_terminate(std::abort);
+    ::signal(SIGXFSZ, SIG_IGN);
 }
 
 int unpackTar(const std::string& programDirectory, const std::string& directory, const std::string& archive) {
@@ -33,6 +35,8 @@ int unpackTar(const std::string& programDirectory, const std::string& directory,
     for (std::string& argument : arguments) list.push_back(argument.data());
     list.push_back(nullptr);
 
+    // Whoever started this program may have left it to ignore this signal; then no child's status is kept.
+    ::signal(SIGCHLD, SIG_DFL);
     posix_spawn_file_actions_t actions;
     if (::posix_spawn_file_actions_init(&actions) != 0) return cannotStart;
     ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);

@@ -26,18 +26,6 @@ bool Item::isNamed(std::string_view wanted) const {
            endsName(text[1 + wanted.size()]);
 }
 
-void Item::append(Item* child) {
-    child->parent = this;
-    if (firstChild == nullptr) {
-        firstChild = child;
-    } else {
-        child->previous = firstChild->previous;
-        child->previous->next = child;
-    }
-    firstChild->previous = child;
-    ++childCount;
-}
-
 void Item::insert(Item* child, Item* place) {
     child->parent = this;
     child->previous = place->previous;

@@ -23,19 +23,12 @@ zStatus fill(char* buffer, std::size_t capacity, std::string_view text, std::str
         return zStatus_Success;
     }
     return failure::record(zStatus_DoesNotFit,
-                           joined({what, " of <", item.name(), "> needs ", std::to_string(text.size() + 1),
-                                   " bytes, ", std::to_string(capacity), " are there"}));
+                           joined({what, " of <", item.name(), "> needs ", std::to_string(text.size()),
+                                   " bytes, ", std::to_string(capacity - 1), " are allowed"}));
 }
 
 zStatus refuseBuffer() {
     return failure::record(zStatus_BadArgument, "the buffer has no room for a text");
-}
-
-zStatus readText(const Item& item, char* buffer, std::size_t capacity) {
-    TextReader reader;
-    eachOfContent(item, [&](std::string_view text) { reader.read(text); });
-    const std::string_view text = isBlank(reader.text()) ? std::string_view() : reader.text();
-    return fill(buffer, capacity, text, "the text", item);
 }
 
 /// Runs an edit of a living item.
@@ -48,12 +41,23 @@ zStatus change(zHandle document, Item* item, Change edit) {
 
 }  // namespace
 
+std::string xml::itemText(const Item& item) {
+    TextReader reader;
+    const auto read = [&](std::string_view content) { reader.read(content); };
+    for (const Item* child = item.firstChild; child != nullptr; child = child->next) {
+        eachOfLead(*child, read);
+        reader.passElement();
+    }
+    eachOfTail(item, read);
+    return isBlank(reader.text()) ? std::string() : reader.text();
+}
+
 zStatus zXml_ItemText(zHandle document, zXmlItem item, char* buffer, std::size_t capacity) {
     if (buffer == nullptr || capacity == 0) return refuseBuffer();
     buffer[0] = '\0';
     const Item* source = livingItem(document, item);
     if (source == nullptr) return refuseItem();
-    return failure::guarded([&] { return readText(*source, buffer, capacity); });
+    return failure::guarded([&] { return fill(buffer, capacity, itemText(*source), "the text", *source); });
 }
 
 zStatus zXml_ChildText(zHandle document, zXmlItem parent, const char* name, char* buffer,

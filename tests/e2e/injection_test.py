@@ -155,6 +155,11 @@ class Failure(Injection):
             located("injectLibToArchiveFile", -5, "folder: Is a directory", 1305), archive="folder"
         )
 
+    @unittest.skipIf(ON_WINDOWS, "no such files there")
+    def test_a_device_for_an_archive(self):
+        detail = "/dev/zero: not a plain file"
+        self.expect_failed(located("injectLibToArchiveFile", -95, detail, 1305), archive="/dev/zero")
+
     def test_no_container(self):
         self.write("sensor.pkg", "plain text, and long enough for an end record")
         self.expect_failed(

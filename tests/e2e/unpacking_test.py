@@ -169,6 +169,23 @@ class TarProgram(TarFiles):
         self.write("pkgs/app", "a file")
         self.expect_failed(located("TaVekUtil_Untar_VekApp", -5, "pkgs/app: File exists"), "pkgs/app.tar")
 
+    @unittest.skipIf(ON_WINDOWS, "no such permissions there")
+    def test_an_extraction_directory_that_may_not_be_created(self):
+        self.packed("pkgs/app.tar")
+        self.expect_failed(
+            located("TaVekUtil_Untar_VekApp", -5, "pkgs/app: Permission denied"),
+            "pkgs/app.tar",
+            unprivileged=True,
+        )
+
+    @unittest.skipIf(ON_WINDOWS, "no such permissions there")
+    def test_an_archive_that_may_not_be_read(self):
+        self.packed("app.tar")
+        os.mkdir(self.path("app"))
+        os.chmod(self.path("app.tar"), 0)
+        complaint = TAR_COMPLAINT + self.untar_failed("app.tar", 2)
+        self.expect_failed("failure (status 0)", "app.tar", complaint, unprivileged=True)
+
     def test_an_archive_without_manifest_at_its_top(self):
         self.package("packing/deep", self.one_file, ["a.so"])
         self.tar("app.tar", "packing")

@@ -171,6 +171,27 @@ class Failure(UserTools):
         self.check_batch(**batch, stdout=processing("tools"), status=1, stderr=archive_failed(message))
 
     @unittest.skipIf(ON_WINDOWS, "no such permissions there")
+    def test_a_resource_whose_directory_may_not_be_created(self):
+        batch = self.add(entry("Resource", "a.dll", "plugins/a.dat"))
+        message = located("TaVekUtils_AddPackages", -5, "tools/plugins: Permission denied")
+        self.check_batch(
+            **batch, stdout=processing("tools"), status=1, stderr=archive_failed(message), unprivileged=True
+        )
+
+    @unittest.skipIf(ON_WINDOWS, "no such permissions there")
+    def test_a_source_that_may_not_be_read(self):
+        batch = self.add(entry("VekApp", "a.dll", "a.dll"))
+        os.chmod(self.path("pkgs/new/a.dll"), 0)
+        message = located("TaVekUtil_InjectFile", -5, "pkgs/new/a.dll: Permission denied")
+        self.check_batch(
+            **batch,
+            stdout=processing("tools"),
+            stderr=copy_failed(message) + archive_failed(message),
+            status=1,
+            unprivileged=True,
+        )
+
+    @unittest.skipIf(ON_WINDOWS, "no such permissions there")
     def test_a_directory_that_may_not_be_written(self):
         message = located("TaVekUtil_InjectFile", -5, "tools/a.dll: Permission denied")
         self.expect_failed([entry("VekApp", "a.dll", "a.dll")], message, unprivileged=True)

@@ -8,7 +8,7 @@ import tempfile
 import unittest
 from dataclasses import dataclass
 
-from . import documents, program, zip_builder
+from . import documents, program, schemas, zip_builder
 from .zip_walker import Contents, Malformed
 
 HOST_TIME = 1_500_000_000
@@ -119,7 +119,9 @@ class Scenario(unittest.TestCase):
         before = self.snapshot()
         result = program.start(self.program, arguments, self.root, **options)
         self.compare_streams(result, stdout, stderr, status)
-        self.compare_files(before, self.snapshot(), files or {})
+        after = self.snapshot()
+        self.compare_files(before, after, files or {})
+        self.assertEqual(schemas.complaints(before, after), [])
 
     def check_batch(
         self,

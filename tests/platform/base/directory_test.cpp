@@ -39,6 +39,14 @@ TEST(DirectoryExists, isTrueForDirectoriesAlone) {
     EXPECT_FALSE(zDirectory_Exists(""));
 }
 
+TEST(DirectoryFind, answersNotFoundForWhatIsNoDirectory) {
+    const ScratchDirectory scratch;
+    EXPECT_EQ(zDirectory_Find(scratch.path().c_str()), zStatus_Success);
+    EXPECT_EQ(zDirectory_Find(scratch.write("file", "").c_str()), zStatus_NotFound);
+    EXPECT_EQ(zDirectory_Find(scratch.path("missing").c_str()), zStatus_NotFound);
+    EXPECT_EQ(zDirectory_Find(scratch.path(std::string(300, 'x')).c_str()), zStatus_NotFound);
+}
+
 TEST(DirectoryCreate, makesParentsAndTakesWhatIsThere) {
     const ScratchDirectory scratch;
     EXPECT_EQ(zDirectory_Create(scratch.path("a/b").c_str()), zStatus_Success);

@@ -2,6 +2,8 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -146,10 +148,19 @@ TEST(Link, isListedWhenItLeadsToAPlainFile) {
     fs::create_symlink("directory/a.txt", scratch.path("to-file"));
     fs::create_symlink("directory", scratch.path("to-directory"));
     fs::create_symlink("nowhere", scratch.path("dangling"));
+    fs::create_symlink("circle", scratch.path("circle"));
     ASSERT_EQ(::mkfifo(scratch.path("pipe").c_str(), 0600), 0);
     std::vector<std::string> names;
     ASSERT_FALSE(os::listFiles(scratch.path(), names));
     EXPECT_THAT(names, ElementsAre("to-file"));
+}
+
+TEST(Link, ofWhichTheEndCannotBeToldIsNotPassedOver) {
+    const ScratchDirectory scratch;
+    fs::create_symlink(std::string(300, 'x'), scratch.path("too-long"));
+    std::vector<std::string> names{"before"};
+    EXPECT_EQ(os::listFiles(scratch.path(), names), std::errc::filename_too_long);
+    EXPECT_THAT(names, ElementsAre("before"));
 }
 
 TEST(Link, isRemovedItselfAndNotItsTarget) {
@@ -258,6 +269,44 @@ TEST(UnpackTarEndedBySignal, answers128AndTheSignal) {
     const std::string program = scratch.write("tar.exe", "#!/bin/sh\nkill -9 $$\n");
     ASSERT_EQ(::chmod(program.c_str(), 0755), 0);
     EXPECT_EQ(os::unpackTar(scratch.path(), "d", "a.tar"), 128 + 9);
+}
+
+/// Lets the process do with `signal` what it does by itself, and at the end again what it did before.
+class DefaultSignal {
+  public:
+    explicit DefaultSignal(int signal) : signal_(signal), before_(::signal(signal, SIG_DFL)) {}
+    ~DefaultSignal() { ::signal(signal_, before_); }
+    DefaultSignal(const DefaultSignal&) = delete;
+    DefaultSignal& operator=(const DefaultSignal&) = delete;
+
+  private:
+    int signal_;
+    void (*before_)(int);
+};
+
+TEST(UnpackTarOnPosix, tellsTheStatusThoughSignalsOfChildrenWereIgnored) {
+    const DefaultSignal children(SIGCHLD);
+    ::signal(SIGCHLD, SIG_IGN);
+    const ScratchDirectory scratch;
+    const std::string program = scratch.write("tar.exe", "#!/bin/sh\nexit 3\n");
+    ASSERT_EQ(::chmod(program.c_str(), 0755), 0);
+    EXPECT_EQ(os::unpackTar(scratch.path(), "d", "a.tar"), 3);
+}
+
+TEST(LimitOnTheSizeOfFiles, makesWritingFail) {
+    const DefaultSignal limitReached(SIGXFSZ);
+    const auto handler = std::set_terminate(nullptr);
+    os::silenceAbnormalEnd();
+    std::set_terminate(handler);
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit small{100, before.rlim_max};
+    const ScratchDirectory scratch;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    const std::error_code error = save(scratch.path("file"), std::string(1000, 'x'));
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+    EXPECT_EQ(error, std::errc::file_too_large);
+    EXPECT_TRUE(fs::is_empty(scratch.path()));
 }
 
 TEST(UnpackTarOnPosix, turnsSeparatorsAndRunsWhatMayBeRun) {

@@ -1,0 +1,37 @@
+# tar.exe beside the program is the system's GNU tar, by the name the program asks for.
+find_program(GNU_TAR NAMES gtar tar REQUIRED)
+# make_link(TARGET PATH): installs PATH as a symbolic link to TARGET, also into packages.
+function(make_link target path)
+  cmake_path(GET path FILENAME name)
+  cmake_path(GET path PARENT_PATH directory)
+  set(links ${CMAKE_CURRENT_BINARY_DIR}/links/${directory})
+  file(MAKE_DIRECTORY ${links})
+  file(CREATE_LINK ${target} ${links}/${name} SYMBOLIC)
+  install(FILES ${links}/${name} DESTINATION ${directory})
+endfunction()
+
+make_link(${GNU_TAR} ${home}/bin/tar.exe)
+foreach(program ${programs})
+  make_link(../${home}/bin/${program} bin/${program})
+endforeach()
+
+install(FILES ${CMAKE_CURRENT_LIST_DIR}/completions/TaVekUtil.bash
+  DESTINATION share/bash-completion/completions RENAME TaVekUtil)
+install(FILES ${CMAKE_CURRENT_LIST_DIR}/completions/TaVekUtil.zsh
+  DESTINATION share/zsh/vendor-completions RENAME _TaVekUtil)
+install(FILES ${CMAKE_CURRENT_LIST_DIR}/completions/TaVekUtil.ps1 DESTINATION ${home}/completions)
+
+# The name under which Debian looks for the license.
+install(FILES ${source}/LICENSE DESTINATION ${documents} RENAME copyright)
+
+# The manual pages are made from the documents; without Python they are left out.
+find_package(Python3 COMPONENTS Interpreter)
+if(Python3_FOUND)
+  set(pages ${CMAKE_CURRENT_BINARY_DIR}/man)
+  add_custom_target(manual_pages ALL
+    COMMAND Python3::Interpreter ${source}/scripts/manual_pages.py --version ${PROJECT_VERSION} --output ${pages}
+    COMMENT "Making the manual pages" VERBATIM)
+  install(DIRECTORY ${pages}/ DESTINATION share/man)
+else()
+  message(WARNING "Without Python 3 no manual pages are made or installed.")
+endif()
