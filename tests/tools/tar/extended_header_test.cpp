@@ -37,7 +37,7 @@ TEST(ExtendedHeader, takesBackWhatHasNoValue) {
 }
 
 TEST(ExtendedHeader, countsFractionsBefore1970Forwards) {
-    const auto time = *read("14 mtime=-1.25\n").time;
+    const auto time = *read("15 mtime=-1.25\n").time;
     EXPECT_EQ(time.seconds, -2);
     EXPECT_EQ(time.nanoseconds, 750'000'000);
     const auto fine = *read("25 mtime=5.1234567899999\n").time;
