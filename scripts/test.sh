@@ -95,6 +95,23 @@ check_windows() {
     need "${test_packages[@]}" g++-mingw-w64-x86-64-posix wine64
     build windows
     run_tests windows
+    build release TaVekUtil
+    python3 scripts/compare_systems.py build/release/bin/TaVekUtil build/windows/bin/TaVekUtil.exe \
+        "$repository/cmake/run_in_wine.sh /usr/lib/wine/wine64 /usr/lib/wine/wineserver64 $repository/build/windows/wine"
+}
+
+# The versions of real Windows programs: as Windows's own functions read them under Wine, our reader, and another.
+check_file_versions() {
+    need icoutils libwine g++-mingw-w64-x86-64-posix wine64 googletest python3
+    command -v npm >/dev/null || need npm
+    build release file_version_probe
+    build windows file_version_probe
+    scripts/fetch_executables.sh
+    python3 scripts/compare_file_versions.py
+}
+
+check_windows_syntax() {
+    scripts/check_windows_syntax.sh
 }
 
 # The documents with every example in them, the manual pages, the schemas, the completion.
@@ -128,7 +145,9 @@ check_fuzz() {
     scripts/fuzz.sh --cpu 30 --jobs "$(nproc)"
 }
 
-checks=(format layers scripts release asan clang tidy valgrind coverage faults windows docs packages fuzz)
+checks=(
+    format layers scripts release asan clang tidy valgrind coverage faults windows windows_syntax file_versions docs packages
+    fuzz)
 
 main() {
     local chosen=("$@") name status failed=() passed=0

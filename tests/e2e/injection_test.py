@@ -40,6 +40,8 @@ class Controllers(Injection):
 
     def test_any_other_extension_goes_to_no_controller(self):
         for library in ("tool.dll", "PLUGIN.ZEXT", "lib.SO", "libfoo.so.1", "plain", ".so", "dot."):
+            if ON_WINDOWS and library.endswith("."):
+                continue  # Windows drops a dot at the end, so no file has such a name
             self.expect_injected(library, ())
 
     def test_only_the_file_name_is_taken_over(self):

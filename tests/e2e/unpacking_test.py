@@ -34,7 +34,6 @@ class Unpacking(TarFiles):
         self.packed("pkgs/app.v1.tar")
         self.expect_unpacked("pkgs/app.v1.tar", "pkgs/app.v1")
 
-    @unittest.skipIf(ON_WINDOWS, "the tar program of these tests does not decompress")
     def test_a_compressed_archive(self):
         self.packed("pkgs/app.tar.gz", None, "-z")
         self.expect_unpacked("pkgs/app.tar.gz", "pkgs/app.tar")

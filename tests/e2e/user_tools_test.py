@@ -99,13 +99,13 @@ class Copying(UserTools):
         )
 
     def test_the_directory_of_a_resource_is_created(self):
-        for kind in ("Resource", "RESOURCE", "resource"):
-            deep = f"{kind}-x/deep"
+        for number, kind in enumerate(("Resource", "RESOURCE", "resource")):
+            deep = f"{number}-x/deep"
             self.expect_added(
                 [entry(kind, "a.dll", deep + "/a.dat")],
                 copied(deep + "/a.dat"),
                 {
-                    f"tools/{kind}-x": DIRECTORY,
+                    f"tools/{number}-x": DIRECTORY,
                     "tools/" + deep: DIRECTORY,
                     f"tools/{deep}/a.dat": "content of a.dll",
                 },

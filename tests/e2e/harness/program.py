@@ -38,7 +38,9 @@ class Result:
 
 def environment():
     kept = ("PATH", "HOME", "WINEPREFIX", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LLVM_PROFILE_FILE")
-    return {"LC_ALL": "C", "WINEDEBUG": "-all", **{key: os.environ[key] for key in kept if key in os.environ}}
+    # Wine takes the arguments to be in the encoding of the locale.
+    locale = "C.UTF-8" if ON_WINDOWS else "C"
+    return {"LC_ALL": locale, "WINEDEBUG": "-all", **{key: os.environ[key] for key in kept if key in os.environ}}
 
 
 def limits(file_size):
