@@ -87,8 +87,11 @@ check_coverage() {
 
 check_faults() {
     need "${test_packages[@]}" strace
-    build release
-    ctest --preset release --label-regex faults --verbose
+    local preset
+    for preset in release debug; do
+        build "$preset"
+        ctest --preset "$preset" --label-regex faults --verbose
+    done
 }
 
 check_windows() {

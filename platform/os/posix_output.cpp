@@ -28,6 +28,8 @@ struct OutputFile::State {
     std::string temporary;  // "" when the target is written directly
     bool replaces = false;
     struct stat replaced {};
+    std::int64_t written = 0;
+    std::int64_t onItsWay = 0;  // of `written`, what the system was told to take to disk
 
     ~State() {
         if (!temporary.empty()) ::unlink(temporary.c_str());
@@ -97,6 +99,15 @@ std::error_code takeOver(int file, const struct stat& replaced) {
     return ::fchmod(file, mode) == 0 ? std::error_code{} : lastError();
 }
 
+/// Lets the disk begin with what was written while more is made, for otherwise all of it waits for the flush
+/// at the end. Only the flush tells of errors.
+void startWritingBack(int file, std::int64_t written, std::int64_t& onItsWay) {
+    constexpr std::int64_t piece = 8 * 1024 * 1024;
+    if (written - onItsWay < piece) return;
+    static_cast<void>(::sync_file_range(file, onItsWay, written - onItsWay, SYNC_FILE_RANGE_WRITE));
+    onItsWay = written;
+}
+
 }  // namespace
 
 OutputFile::OutputFile() = default;
@@ -138,7 +149,9 @@ std::error_code OutputFile::write(const void* bytes, std::size_t size) {
         if (written < 0) return lastError();
         next += written;
         size -= static_cast<std::size_t>(written);
+        state->written += written;
     }
+    if (!state->temporary.empty()) startWritingBack(state->file.get(), state->written, state->onItsWay);
     return {};
 }
 

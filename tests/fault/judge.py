@@ -71,7 +71,7 @@ def wrong_message(result, injection):
     if not lines or " Error: " not in lines[-1]:
         return ["no last line that tells the error"]
     call, told = injection.call, result.stdout + result.stderr
-    if call.name in ("mmap", "brk"):
+    if call.name == "mmap":
         reasons = NO_MEMORY
     elif call.name in ("clone3", "wait4"):
         reasons = TAR_NOT_STARTED
@@ -81,7 +81,7 @@ def wrong_message(result, injection):
         reasons = (os.strerror(getattr(errno, injection.what)),) + (NO_REASON if call.name == "newfstatat" else ())
     if not any(reason in told for reason in reasons):
         return [f"none of {reasons} is told"]
-    if reasons[0] == OWN_PLACE[0] or call.name in ("mmap", "brk", "clone3", "wait4") or names_the_thing(call, told):
+    if reasons[0] == OWN_PLACE[0] or call.name in ("mmap", "clone3", "wait4") or names_the_thing(call, told):
         return []
     return [f"{call.paths()} is not named"]
 

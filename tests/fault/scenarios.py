@@ -50,14 +50,14 @@ class Scenario:
             file.write(content.encode() if isinstance(content, str) else content)
         os.chmod(self.path(name), mode)
 
-    def archive(self, name, key, mode=0o644, manifest=None):
+    def archive(self, name, key, mode=0o644, manifest=None, size=600_000):
         """An upgrade archive of a large stored member, a large deflated one and many small ones."""
         source = random.Random(name)
         text = b"".join(b"line %d\n" % source.randrange(10**6) for _ in range(20_000))
         members = [
             zip_builder.Member("host/app", text, zip_builder.DEFLATED),
             zip_builder.Member("script.xml", documents.host_script(key), zip_builder.DEFLATED),
-            zip_builder.Member("host/lib.so", source.randbytes(600_000)),
+            zip_builder.Member("host/lib.so", source.randbytes(size)),
         ]
         members += [zip_builder.Member(f"host/{i}", source.randbytes(50)) for i in range(20)]
         if manifest:
@@ -83,8 +83,8 @@ class Scenario:
     # ---- Scenarios ---------------------------------------------------------------------------------------
 
     def lay_out_inject(self):
-        """A library into an archive, which is saved over itself."""
-        self.archive("sensor.pkg", "linux_arm64", 0o640)
+        """A library into an archive, which is saved over itself, large enough to be written back early."""
+        self.archive("sensor.pkg", "linux_arm64", 0o640, size=9_000_000)
         self.write("libdust.so", b"\x7fELF" * 1000)
         return ["--file", "libdust.so", "--archive", "sensor.pkg"]
 

@@ -34,16 +34,13 @@ class Call:
 
 @dataclass(frozen=True)
 class Injection:
-    """What is to happen to one call: `what` is an error's name, "retval=N" or "kill"."""
+    """What is to happen to one call: `what` is an error's name or "kill"."""
 
     call: Call
     what: str
 
     def option(self):
-        if self.what == "kill":
-            action = "signal=SIGKILL"
-        else:
-            action = self.what if "=" in self.what else "error=" + self.what
+        action = "signal=SIGKILL" if self.what == "kill" else "error=" + self.what
         return f"inject={self.call.name}:{action}:when={self.call.ordinal}"
 
 
