@@ -154,7 +154,7 @@ TEST(SetAttrText, putsANewOneBehindTheOthers) {
 TEST(SetAttrText, mayBeRepeatedWithAnyLength) {
     const auto document = parsed("<a><b/></a>");
     zXmlItem item = itemAt(document, "a/b");
-    for (const std::size_t length : {1, 10, 5, 100, 0, 101, 3}) {
+    for (const std::size_t length : {1u, 10u, 5u, 100u, 0u, 101u, 3u}) {
         const std::string text(length, 'x');
         ASSERT_EQ(zXml_SetAttrText(document.get(), item, "v", text.c_str()), zStatus_Success);
         EXPECT_EQ(saved(document), "<a><b v=\"" + text + "\"/></a>");

@@ -17,7 +17,7 @@ std::string detail() {
 }
 
 TEST(Capacity, countsTheTerminatorOfAnAttribute) {
-    for (const std::size_t capacity : {1, 2, 32, 128, 256, 512}) {
+    for (const std::size_t capacity : {1u, 2u, 32u, 128u, 256u, 512u}) {
         const std::string fits(capacity - 1, 'x');
         const auto document = parsed("<a b='" + fits + "' c='" + fits + "y'/>");
         std::string buffer(capacity + 1, '#');
@@ -35,7 +35,7 @@ TEST(Capacity, countsTheTerminatorOfAnAttribute) {
 }
 
 TEST(Capacity, countsTheTerminatorOfAText) {
-    for (const std::size_t capacity : {1, 32, 128, 256, 512}) {
+    for (const std::size_t capacity : {1u, 32u, 128u, 256u, 512u}) {
         const std::string fits(capacity - 1, 'x');
         const auto document = parsed("<r><a>" + fits + "</a><b>" + fits + "y</b></r>");
         std::string buffer(capacity + 1, '#');

@@ -115,8 +115,8 @@ TEST(DocumentType, isKeptAsItStands) {
         "<!DOCTYPE a SYSTEM 'http://example.org/\"a\".dtd' >",
         "<!DOCTYPE a SYSTEM \"\" [ ] >",
         "<!DOCTYPE a PUBLIC \"-//X 'Y'//Z\" 's'[%p;]>",
-        "<!DOCTYPE a [<!-- ] > --> <?b ] > ?>\n<!ELEMENT a (#PCDATA|b)*><!ATTLIST a b CDATA '>]'>\n"
-        "<!ENTITY e \"<x>]\"><!ENTITY % p SYSTEM 's'><!NOTATION n PUBLIC 'x'> %p; ]>",
+        "<!DOCTYPE a [<!-- ] > --> <?b ] > ?>\n<!ELEMENT a (#PCDATA|b)*><!ATTLIST a b CDATA '>]'>]>",
+        "<!DOCTYPE a [\n<!ENTITY e \"<x>]\"><!ENTITY % p SYSTEM 's'><!NOTATION n PUBLIC 'x'> %p; ]>",
     };
     for (const std::string type : types) EXPECT_EQ(saved(parsed(type + "<a/>")), type + "<a/>");
 }
