@@ -49,12 +49,15 @@ function(tavek_shipped name)
 endfunction()
 
 # tavek_program_resources(NAME DESCRIPTION): gives a program its Windows manifest (UTF-8, long paths, no elevation) and
-# a version resource with the project's version. Nothing on other systems.
+# a version resource with the project's version; its OUTPUT_NAME, if any, must be set before. Nothing on other systems.
 function(tavek_program_resources name description)
   if(NOT WIN32)
     return()
   endif()
-  set(PROGRAM_NAME ${name})
+  get_target_property(PROGRAM_NAME ${name} OUTPUT_NAME)
+  if(NOT PROGRAM_NAME)
+    set(PROGRAM_NAME ${name})
+  endif()
   set(PROGRAM_DESCRIPTION "${description}")
   set(resources ${CMAKE_CURRENT_BINARY_DIR}/${name}.rc)
   configure_file(${PROJECT_SOURCE_DIR}/packaging/windows/program.rc.in ${resources} @ONLY)

@@ -12,7 +12,8 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 
 find_program(WINE NAMES wine64 PATHS /usr/lib/wine)
-if(WINE)
-  # A Windows of its own for each build directory, without Wine's chatter.
-  set(CMAKE_CROSSCOMPILING_EMULATOR env WINEDEBUG=-all WINEPREFIX=${CMAKE_BINARY_DIR}/wine ${WINE})
+find_program(WINESERVER NAMES wineserver64 PATHS /usr/lib/wine)
+if(WINE AND WINESERVER)
+  set(CMAKE_CROSSCOMPILING_EMULATOR
+    ${CMAKE_CURRENT_LIST_DIR}/run_in_wine.sh ${WINE} ${WINESERVER} ${CMAKE_BINARY_DIR}/wine)
 endif()

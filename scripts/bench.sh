@@ -11,7 +11,7 @@
 source "$(dirname "$0")/lib.sh"
 cd "$repository"
 
-need "${build_packages[@]}" python3 time zip unzip p7zip-full libbenchmark-dev zlib1g-dev libdeflate-dev libpugixml-dev \
+need "${build_packages[@]}" pkgconf python3 time zip unzip p7zip-full libbenchmark-dev zlib1g-dev libdeflate-dev libpugixml-dev \
     libxml2-dev
 build release
 build bench

@@ -19,6 +19,12 @@ BELOW = {
     "TaVekUtil/edit": ["TaVekUtil/archive"],
     "TaVekUtil/batch": ["TaVekUtil/edit"],
     "TaVekUtil/cli": ["TaVekUtil/batch"],
+    "tools/tar": ["platform/archive"],
+    "TaVekInspect/model": ["TaVekUtil/batch"],
+    "TaVekInspect/plan": ["TaVekInspect/model"],
+    "TaVekInspect/render": ["TaVekInspect/plan"],
+    "TaVekInspect/commands": ["TaVekInspect/render"],
+    "TaVekInspect/cli": ["TaVekInspect/commands"],
 }
 # The controller model lists live at the top and are read below: a leaf that includes nothing of the project.
 LEAF = "TaVekUtil/cli/controller_names.h"
@@ -37,7 +43,7 @@ def reachable(folder):
 
 
 def findings(root):
-    for path in sorted(p for top in ("platform", "TaVekUtil") for p in (root / top).rglob("*") if p.suffix in (".h", ".cpp")):
+    for path in sorted(p for top in ("platform", "TaVekUtil", "TaVekInspect", "tools") for p in (root / top).rglob("*") if p.suffix in (".h", ".cpp")):
         name = path.relative_to(root).as_posix()
         folder = path.parent.relative_to(root).as_posix()
         text = path.read_text()

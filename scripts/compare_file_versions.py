@@ -3,7 +3,7 @@
 the system's functions under Wine, and by icoutils' wrestool, an independent reader.
 
 Usage: scripts/compare_file_versions.py [DIRECTORY]     (build/executables, see fetch_executables.sh)
-Needs the presets debug and windows built. Exit status 1 when a file is read differently, or when fewer than ten
+Needs the presets release and windows built. Exit status 1 when a file is read differently, or when fewer than ten
 programs of each size have a version."""
 
 import os
@@ -61,7 +61,7 @@ def main():
     directory = sys.argv[1] if len(sys.argv) > 1 else str(ROOT / "build/executables")
     paths = executables(directory)
     environment = dict(os.environ, WINEDEBUG="-all", WINEPREFIX=str(ROOT / "build/windows/wine"))
-    here = probe([str(ROOT / "build/debug/bin/file_version_probe")], paths)
+    here = probe([str(ROOT / "build/release/bin/file_version_probe")], paths)
     wine = probe([WINE, str(ROOT / "build/windows/bin/file_version_probe.exe")], paths, environment)
 
     different = 0

@@ -9,9 +9,13 @@ cd "$repository"
 demo=$repository/build/demo
 program=host/bin/win64/TaVekUtil
 release_time=202401020304.06
+# A real Windows program, of Debian's package win32-loader, takes the place of the host software's executable.
+windows_program=/usr/share/win32/win32-loader.exe
 export TZ=UTC
 
-step() { printf '\n\033[1m== %s\033[0m\n' "$*"; }
+bold='' plain=''
+[ ! -t 1 ] || bold=$'\033[1m' plain=$'\033[0m'
+step() { printf '\n%s== %s%s\n' "$bold" "$*" "$plain"; }
 
 # Shows a command, then runs it.
 run() {
@@ -48,7 +52,7 @@ host_script() {
     printf '</Startup>\n'
 }
 
-# upgrade_archive NAME SEED MODEL...: an upgrade archive of some 45 members, every fourth of them stored.
+# upgrade_archive NAME SEED MODEL...: an upgrade archive of 45 members, the firmware images among them stored.
 upgrade_archive() {
     local name=$1 seed=$2 tree part
     shift 2
@@ -64,33 +68,6 @@ upgrade_archive() {
     rm -r "$tree"
 }
 
-# A small Windows program with version 6.1.2.57 in its version resource.
-host_executable() {
-    local work
-    work=$(mktemp -d)
-    cat >"$work/version.rc" <<'RC'
-1 VERSIONINFO
-FILEVERSION 6,1,2,57
-PRODUCTVERSION 6,1,0,0
-FILEOS 0x40004
-FILETYPE 0x1
-BEGIN
-  BLOCK "StringFileInfo"
-  BEGIN
-    BLOCK "040904b0"
-    BEGIN
-      VALUE "FileDescription", "Host application"
-    END
-  END
-END
-RC
-    printf '.globl start\nstart:\n    xorl %%eax, %%eax\n    ret\n' >"$work/start.s"
-    x86_64-w64-mingw32-as -o "$work/start.o" "$work/start.s"
-    x86_64-w64-mingw32-windres --preprocessor=cat -O coff "$work/version.rc" "$work/version.o"
-    x86_64-w64-mingw32-ld --no-insert-timestamp -e start -o "$1" "$work/start.o" "$work/version.o"
-    rm -r "$work"
-}
-
 lay_out() {
     local package
     rm -rf "$demo"
@@ -98,7 +75,7 @@ lay_out() {
     cp build/release/bin/TaVekUtil "$demo/$program"
     ln -s "$(command -v tar)" "$demo/host/bin/win64/tar.exe"
     cp samples/*.xml "$demo/host/bin/win64"
-    host_executable "$demo/host/bin/win64/TaQor.exe"
+    cp "$windows_program" "$demo/host/bin/win64/TaQor.exe"
     upgrade_archive sensor-arm7.pkg 1000 R2 R4 R4-mc
     upgrade_archive sensor-arm64.pkg 2000 R6 R8
     upgrade_archive module-ombix.pkg 3000 TX2 'Xavier NX' 'Orin NX' 'AGX Orin'
@@ -124,12 +101,13 @@ results() { (cd "$demo" && find archives -name '*.pkg' -exec sha256sum {} + | so
 
 work() {
     (cd "$demo" && "$program" --config sample_config.xml --platform all &&
-        "$program" --file edge-detector.so --archive archives/sensor-arm64.pkg) >/dev/null
+        "$program" --file edge-detector.so --archive archives/sensor-arm64.pkg) >/dev/null 2>&1 ||
+        fail 'the second run failed'
 }
 
 main() {
     step 'Building'
-    need "${build_packages[@]}" zip unzip diffutils mawk binutils-mingw-w64-x86-64
+    need "${build_packages[@]}" zip unzip diffutils mawk win32-loader
     build release TaVekUtil
     lay_out
     cd "$demo"
@@ -142,8 +120,9 @@ main() {
     changes archives/sensor-arm7.pkg archives/Custom-sensor-arm7.pkg members
     step 'The start-up script before and after'
     changes archives/sensor-arm7.pkg archives/Custom-sensor-arm7.pkg script_of
-    step 'The installation directory'
+    step 'The installation directory, which takes no package for another host version'
     run find host -newer packages/dust-filter.tar -type f
+    run head -n 5 host/vekPackages.xml
     step 'Every result is a sound archive'
     for archive in archives/Custom-*.pkg; do run unzip -tq "$archive"; done
 

@@ -11,12 +11,18 @@
 source "$(dirname "$0")/lib.sh"
 cd "$repository"
 
-test_packages=(googletest python3 zip unzip p7zip-full libarchive-tools)
+test_packages=(googletest python3 zip unzip p7zip-full libarchive-tools zlib1g-dev libio-compress-perl
+    libxml2-utils python3-jsonschema patch pkgconf libxml2-dev)
 
 sources() { git ls-files '*.cpp' '*.h'; }
 
-# The faults have a check of their own.
-run_tests() { ctest --preset "$1" --parallel "$(nproc)" --label-exclude faults; }
+# The faults have a check of their own. Tests labelled `large` write gigabytes of what is slow only for its size: the
+# release build alone runs them.
+run_tests() {
+    local left_out='faults|large'
+    [ "$1" != release ] || left_out=faults
+    ctest --preset "$1" --parallel "$(nproc)" --label-exclude "$left_out"
+}
 
 check_format() {
     need clang-format
@@ -30,7 +36,7 @@ check_layers() {
 
 check_scripts() {
     need shellcheck
-    git ls-files '*.sh' '.ci/run' | xargs shellcheck -x
+    git ls-files '*.sh' '*.bash' '.ci/run' | xargs shellcheck -x -s bash
 }
 
 check_release() {
@@ -54,14 +60,14 @@ check_clang() {
 check_tidy() {
     need "${test_packages[@]}" clang-tidy
     cmake --preset clang >/dev/null
-    sources | grep -E '^(platform|TaVekUtil|tools)/.*\.cpp$' | grep -v '/windows' |
+    sources | grep -E '^(platform|TaVekUtil|TaVekInspect|tools)/.*\.cpp$' | grep -v '/windows' |
         xargs -P "$(nproc)" -n 4 clang-tidy --quiet -p build/clang 2>/dev/null
 }
 
 check_valgrind() {
     need "${test_packages[@]}" valgrind
     build debug
-    TAVEK_VALGRIND=1 ctest --preset debug --parallel "$(nproc)" --label-exclude 'e2e|faults' -T memcheck \
+    TAVEK_VALGRIND=1 ctest --preset debug --parallel "$(nproc)" --label-exclude 'e2e|faults|readers|docs' -T memcheck \
         --overwrite MemoryCheckCommandOptions="--error-exitcode=99 --leak-check=full -q" |
         tee build/debug/valgrind.log
     grep -q 'Memory checking results:' build/debug/valgrind.log &&
@@ -74,9 +80,9 @@ check_coverage() {
     build coverage
     find build/coverage -name '*.gcda' -delete
     run_tests coverage
-    gcovr --root . --object-directory build/coverage --filter 'platform/' --filter 'TaVekUtil/' \
+    gcovr --root . --object-directory build/coverage --filter 'platform/' --filter 'TaVekUtil/' --filter 'TaVekInspect/' \
         --exclude-unreachable-branches --fail-under-line 95 --print-summary --txt build/coverage/lines.txt
-    grep -E '^(platform|TaVekUtil)/' build/coverage/lines.txt | awk '$4 != "100%"'
+    grep -E '^(platform|TaVekUtil|TaVekInspect)/' build/coverage/lines.txt | awk '$4 != "100%"'
 }
 
 check_faults() {
@@ -92,9 +98,59 @@ check_windows() {
     need "${test_packages[@]}" g++-mingw-w64-x86-64-posix wine64
     build windows
     run_tests windows
+    build release TaVekUtil
+    python3 scripts/compare_systems.py build/release/bin/TaVekUtil build/windows/bin/TaVekUtil.exe \
+        "$repository/cmake/run_in_wine.sh /usr/lib/wine/wine64 /usr/lib/wine/wineserver64 $repository/build/windows/wine"
 }
 
-checks=(format layers scripts release asan clang tidy valgrind coverage faults windows)
+# The versions of real Windows programs: as Windows's own functions read them under Wine, our reader, and another.
+check_file_versions() {
+    need icoutils libwine g++-mingw-w64-x86-64-posix wine64 googletest python3
+    command -v npm >/dev/null || need npm
+    build release file_version_probe
+    build windows file_version_probe
+    scripts/fetch_executables.sh
+    python3 scripts/compare_file_versions.py
+}
+
+check_windows_syntax() {
+    scripts/check_windows_syntax.sh
+}
+
+# The documents with every example in them, the manual pages, the schemas, the completion.
+check_docs() {
+    need "${test_packages[@]}" groff libxml2-utils man-db mandoc zsh
+    build debug TaVekUtil TaVekInspect
+    TAVEK_ALL_TOOLS=1 ctest --preset debug --parallel "$(nproc)" -L docs
+    scripts/demo.sh >build/demo.log 2>&1
+    python3 -B tests/docs/transcript_check.py build/demo.log
+}
+
+# What people install: what is in it, and that it installs, runs and goes again.
+check_packages() {
+    need "${test_packages[@]}" dpkg-dev g++-mingw-w64-x86-64-posix groff man-db wine64
+    build release TaVekUtil TaVekInspect manual_pages
+    build windows TaVekUtil TaVekInspect tavek_tar
+    local preset
+    for preset in release windows; do
+        rm -rf "build/$preset/packages"
+        cpack --config "build/$preset/CPackConfig.cmake" >/dev/null
+    done
+    dpkg-deb --contents build/release/packages/tavekutil_*.deb
+    tar -tvzf build/release/packages/TaVekUtil-*.tar.gz
+    unzip -l build/windows/packages/TaVekUtil-*.zip
+    python3 -B tests/packages/packages_test.py --linux build/release/packages --windows build/windows/packages
+}
+
+# Each fuzz target for half a minute of processor time.
+check_fuzz() {
+    need "${test_packages[@]}" clang
+    scripts/fuzz.sh --cpu 30 --jobs "$(nproc)"
+}
+
+checks=(
+    format layers scripts release asan clang tidy valgrind coverage faults windows windows_syntax file_versions docs packages
+    fuzz)
 
 main() {
     local chosen=("$@") name status failed=() passed=0

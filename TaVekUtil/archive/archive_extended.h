@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "TaVekUtil/archive/installation_files.h"
 #include "platform/base/object.h"
 
 /// One upgrade archive opened for editing, or the host installation directory that stands in its place for
@@ -26,4 +27,7 @@ class ArchiveExtended {
     Ta::Object<void*> manifest;  ///< The unified manifest document.
     std::string path;            ///< As given to Load: the archive file or the installation directory.
     std::string platform;        ///< "linux_arm7", "linux_arm64", "ombix" or "win".
+
+    /// Through which the files of an installation directory are changed. Never null.
+    InstallationFiles* files = &InstallationFiles::onDisk();
 };

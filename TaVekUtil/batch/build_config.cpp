@@ -10,12 +10,18 @@ namespace {
 
 constexpr const char* operation = "TaVekUtil_Load_Config";
 
+zXmlItem rootOf(zHandle document) {
+    zXmlItem root = nullptr;
+    Ta::Check(zXml_FindRoot(document, &root), operation);
+    return root;
+}
+
 enum class EmptyTexts { kept, skipped };
 
 /// Appends to `texts` the text of each child, whatever its name, of the root's child `name`, if there is one.
 /// What was read before a failure stays.
-void readList(zHandle document, zXmlItem root, const char* name, EmptyTexts emptyTexts,
-              std::vector<std::string>& texts) {
+void readList(zHandle document, const char* name, EmptyTexts emptyTexts, std::vector<std::string>& texts) {
+    const zXmlItem root = rootOf(document);
     zXmlItem list = nullptr;
     if (zXml_FindChild(document, root, name, &list) != zStatus_Success) return;
     for (zXmlItem entry = zXml_FirstChild(document, list); entry != nullptr;
@@ -26,15 +32,8 @@ void readList(zHandle document, zXmlItem root, const char* name, EmptyTexts empt
     }
 }
 
-void readOutputPrefix(zHandle document, zXmlItem root, BuildConfig& config) {
-    zXmlItem item = nullptr;
-    Ta::Check(zXml_FindChild(document, root, "OutputPrefix", &item), operation);
-    Ta::Check(zXml_ItemText(document, item, config.outputPrefix.data(), config.outputPrefix.capacity()),
-              operation);
-}
-
-void chooseStockPackages(zHandle document, zXmlItem root, BuildConfig& config) {
-    readList(document, root, "StockPackages", EmptyTexts::skipped, config.stockPackages);
+void chooseStockPackages(zHandle document, BuildConfig& config) {
+    TaVekUtil_Read_StockPackages(document, config);
     if (config.stockPackages.empty()) {
         std::cout << "TaVekUtil: No Stock packages specified. Using default stock images." << std::endl;
         TaVekUtil_FindStockPackages(config.stockPackages);
@@ -50,15 +49,34 @@ void chooseStockPackages(zHandle document, zXmlItem root, BuildConfig& config) {
 
 void TaVekUtil_Load_Config(zHandle document, BuildConfig& config) {
     try {
-        zXmlItem root = nullptr;
-        Ta::Check(zXml_FindRoot(document, &root), operation);
-        readOutputPrefix(document, root, config);
-        chooseStockPackages(document, root, config);
-        // Empty texts stay: an entry that names nothing is a mistake, which loading and removing then report.
-        readList(document, root, "VekPkgsToLoad", EmptyTexts::kept, config.vekPkgsToLoad);
-        readList(document, root, "VekPkgsToRemove", EmptyTexts::kept, config.vekPkgsToRemove);
+        TaVekUtil_Read_OutputPrefix(document, config);
+        chooseStockPackages(document, config);
+        TaVekUtil_Read_VekPkgsToLoad(document, config);
+        TaVekUtil_Read_VekPkgsToRemove(document, config);
     } catch (...) {
         std::cerr << "TaVekUtil: Failed to load config file." << std::endl;
         throw;
     }
+}
+
+void TaVekUtil_Read_OutputPrefix(zHandle document, BuildConfig& config) {
+    zXmlItem item = nullptr;
+    Ta::Check(zXml_FindChild(document, rootOf(document), "OutputPrefix", &item), operation);
+    Ta::Check(zXml_ItemText(document, item, config.outputPrefix.data(), config.outputPrefix.capacity()),
+              operation);
+}
+
+void TaVekUtil_Read_StockPackages(zHandle document, BuildConfig& config) {
+    readList(document, "StockPackages", EmptyTexts::skipped, config.stockPackages);
+}
+
+// Empty texts stay in these: an entry that names nothing is a mistake, which loading and removing then
+// report.
+
+void TaVekUtil_Read_VekPkgsToLoad(zHandle document, BuildConfig& config) {
+    readList(document, "VekPkgsToLoad", EmptyTexts::kept, config.vekPkgsToLoad);
+}
+
+void TaVekUtil_Read_VekPkgsToRemove(zHandle document, BuildConfig& config) {
+    readList(document, "VekPkgsToRemove", EmptyTexts::kept, config.vekPkgsToRemove);
 }

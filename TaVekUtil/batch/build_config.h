@@ -23,3 +23,10 @@ struct BuildConfig {
 /// Raises Ta::Exception, after one line on standard error. When there is no archive to process at all, the
 /// process ends abnormally right after the line that says so.
 void TaVekUtil_Load_Config(zHandle document, BuildConfig& config);
+
+// The steps of it, each of which reads one element of the document into `config`. An element that may be
+// missing leaves its list empty. They raise Ta::Exception without a word.
+void TaVekUtil_Read_OutputPrefix(zHandle document, BuildConfig& config);
+void TaVekUtil_Read_StockPackages(zHandle document, BuildConfig& config);
+void TaVekUtil_Read_VekPkgsToLoad(zHandle document, BuildConfig& config);
+void TaVekUtil_Read_VekPkgsToRemove(zHandle document, BuildConfig& config);

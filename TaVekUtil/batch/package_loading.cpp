@@ -12,19 +12,6 @@ namespace {
 
 constexpr const char* packageManifest = "vek_manifest.xml";
 
-void unpack(const std::string& entry, const Ta::PathText& directory) {
-    constexpr const char* operation = "TaVekUtil_Untar_VekApp";
-    Ta::PathText programs;
-    Ta::Check(zDirectory_Application(programs.data(), programs.capacity()), operation);
-    if (!zDirectory_Exists(directory.c_str())) Ta::Check(zDirectory_Create(directory.c_str()), operation);
-
-    const int result = os::unpackTar(programs.c_str(), directory.c_str(), entry);
-    if (result == 0) return;
-    std::cerr << "TaVekUtil: Failed to untar: " << entry << std::endl;
-    std::cerr << "TaVekUtil: Result: " << result << std::endl;
-    throw Ta::Exception(zStatus_Failure);
-}
-
 /// The directory of the package `entry`: where a tar file was unpacked, else the entry itself.
 void locatePackage(const std::string& entry, Ta::PathText& directory, const char* operation) {
     TaVekUtil_Untar_VekApp(entry, directory.data(), directory.capacity());
@@ -47,23 +34,11 @@ void readHead(zHandle manifest, zXmlItem root, zXmlItem& vekApp, AddonPackage& p
 
 AddonPackage loadPackage(const std::string& entry, const char* platform) {
     constexpr const char* operation = "TaVekUtil_Load_VekPkg_Manifest";
-    AddonPackage package;
     Ta::PathText directory;
     Ta::PathText path;
     locatePackage(entry, directory, operation);
     Ta::Check(zPath_Combine(directory.c_str(), packageManifest, path.data(), path.capacity()), operation);
-    Ta::Check(zXml_Load(package.manifest.out(), path.c_str(), nullptr), operation);
-
-    const zHandle manifest = package.manifest.get();
-    zXmlItem root = nullptr;
-    zXmlItem vekApp = nullptr;
-    Ta::Check(zXml_FindRoot(manifest, &root), operation);
-    readHead(manifest, root, vekApp, package, operation);
-    for (zXmlItem element = zXml_FirstChild(manifest, vekApp); element != nullptr;
-         element = zXml_NextSibling(manifest, element)) {
-        TaVekUtil_Load_VekPkg_Files(platform, manifest, element, directory.c_str(), package);
-    }
-    return package;
+    return TaVekUtil_Load_Package(path.c_str(), directory.c_str(), platform);
 }
 
 constexpr const char* filesOperation = "TaVekUtil_Load_VekPkg_Files";
@@ -114,15 +89,55 @@ void TaVekUtil_Load_VekPkg_Manifest(BuildConfig& config) {
 
 void TaVekUtil_Untar_VekApp(const std::string& entry, char* directory, std::size_t capacity) {
     constexpr const char* operation = "TaVekUtil_Untar_VekApp";
-    if (entry.find(".tar") == std::string::npos) {
+    if (!TaVekUtil_IsTarEntry(entry)) {
         static_cast<void>(zStrCopy(directory, capacity, ""));
         return;
     }
-    Ta::PathText extraction;
-    Ta::Check(zPath_StripExtension(entry.c_str(), extraction.data(), extraction.capacity()), operation);
-    unpack(entry, extraction);
+    const Ta::PathText extraction = TaVekUtil_ExtractionDirectory(entry);
+    TaVekUtil_Unpack(entry, extraction.c_str());
     const std::string manifest = TaVekUtil_FindFilepath(extraction.c_str(), packageManifest);
     Ta::Check(zPath_Directory(manifest.c_str(), directory, capacity), operation);
+}
+
+bool TaVekUtil_IsTarEntry(const std::string& entry) {
+    return entry.find(".tar") != std::string::npos;
+}
+
+Ta::PathText TaVekUtil_ExtractionDirectory(const std::string& entry) {
+    Ta::PathText directory;
+    Ta::Check(zPath_StripExtension(entry.c_str(), directory.data(), directory.capacity()),
+              "TaVekUtil_Untar_VekApp");
+    return directory;
+}
+
+void TaVekUtil_Unpack(const std::string& entry, const char* directory) {
+    constexpr const char* operation = "TaVekUtil_Untar_VekApp";
+    Ta::PathText programs;
+    Ta::Check(zDirectory_Application(programs.data(), programs.capacity()), operation);
+    if (!zDirectory_Exists(directory)) Ta::Check(zDirectory_Create(directory), operation);
+
+    const int result = os::unpackTar(programs.c_str(), directory, entry);
+    if (result == 0) return;
+    std::cerr << "TaVekUtil: Failed to untar: " << entry << std::endl;
+    std::cerr << "TaVekUtil: Result: " << result << std::endl;
+    throw Ta::Exception(zStatus_Failure);
+}
+
+AddonPackage TaVekUtil_Load_Package(const char* manifestPath, const char* directory, const char* platform) {
+    constexpr const char* operation = "TaVekUtil_Load_VekPkg_Manifest";
+    AddonPackage package;
+    Ta::Check(zXml_Load(package.manifest.out(), manifestPath, nullptr), operation);
+
+    const zHandle manifest = package.manifest.get();
+    zXmlItem root = nullptr;
+    zXmlItem vekApp = nullptr;
+    Ta::Check(zXml_FindRoot(manifest, &root), operation);
+    readHead(manifest, root, vekApp, package, operation);
+    for (zXmlItem element = zXml_FirstChild(manifest, vekApp); element != nullptr;
+         element = zXml_NextSibling(manifest, element)) {
+        TaVekUtil_Load_VekPkg_Files(platform, manifest, element, directory, package);
+    }
+    return package;
 }
 
 void TaVekUtil_Load_VekPkg_Files(const char* platform, zHandle manifest, zXmlItem element,

@@ -17,6 +17,21 @@ void TaVekUtil_Load_VekPkg_Manifest(BuildConfig& config);
 /// happens. Raises Ta::Exception; a failed tar run is first reported with its result on standard error.
 void TaVekUtil_Untar_VekApp(const std::string& entry, char* directory, std::size_t capacity);
 
+// The steps of both, for whoever unpacks elsewhere.
+
+/// Whether the package entry `entry` is sent to tar: ".tar" anywhere in it does.
+bool TaVekUtil_IsTarEntry(const std::string& entry);
+
+/// Where the tar file `entry` is unpacked. Raises Ta::Exception.
+Ta::PathText TaVekUtil_ExtractionDirectory(const std::string& entry);
+
+/// Unpacks the tar file `entry` into `directory`, which is made when it is missing. Raises Ta::Exception.
+void TaVekUtil_Unpack(const std::string& entry, const char* directory);
+
+/// Loads the package manifest `manifestPath` of the package in `directory`, with its files for `platform`.
+/// Raises Ta::Exception.
+AddonPackage TaVekUtil_Load_Package(const char* manifestPath, const char* directory, const char* platform);
+
 /// Appends to `package` the files of the platform element `element` of `manifest`, when its `name` is
 /// `platform` or `platform` is "all"; otherwise the element is not looked into. `directory` is the package
 /// directory. Raises Ta::Exception, after one line on standard error.

@@ -14,25 +14,9 @@ namespace {
 
 constexpr const char* operation = "TaVekUtil_ModifyVekPkgs";
 
-void storeManifest(const ArchiveExtended& archive) {
-    Ta::Buffer bytes;
-    const zHandle container = archive.archive.get();
-    Ta::Check(zXml_SaveBytes(archive.manifest.get(), bytes.data(), bytes.size(), nullptr), operation, 976);
-    Ta::Check(zArchive_DeleteFile(container, manifestFileName), operation, 977);
-    Ta::Check(zArchive_AddData(container, bytes.bytes(), bytes.byteCount(), manifestFileName, 0), operation,
-              978);
-}
-
-void saveArchive(const ArchiveExtended& archive, const Ta::PathText& directory, const Ta::PathText& fileName,
-                 const BuildConfig& config) {
-    storeManifest(archive);
-    Ta::PathText outputName;
-    Ta::PathText outputPath;
-    Ta::Check(zStrPrintf(outputName.data(), outputName.capacity(), "%s-%s", config.outputPrefix.c_str(),
-                         fileName.c_str()),
-              operation, 981);
-    Ta::Check(zPath_Combine(directory.c_str(), outputName.c_str(), outputPath.data(), outputPath.capacity()),
-              operation, 982);
+void saveArchive(const ArchiveExtended& archive, const ArchivePlace& place, const BuildConfig& config) {
+    TaVekUtil_StoreManifest(archive);
+    const Ta::PathText outputPath = TaVekUtil_OutputPath(place, config);
     Ta::Check(zArchive_Save(archive.archive.get(), outputPath.c_str()), operation, 983);
     std::cout << "TaVekUtil:    - Saving new package as: " << outputPath.c_str() << std::endl;
 }
@@ -44,11 +28,7 @@ void saveInstalledManifest(const ArchiveExtended& archive) {
 void modify(const std::vector<AddonPackage>& packages, const std::vector<std::string>& names,
             const char* path, const BuildConfig& config) {
     std::cout << std::endl << "TaVekUtil: Processing Archive: " << path << std::endl;
-    Ta::PathText directory;
-    Ta::PathText fileName;
-    Ta::Check(zPath_Directory(path, directory.data(), directory.capacity()), operation, 959);
-    Ta::Check(zPath_FileName(path, fileName.data(), fileName.capacity()), operation, 960);
-
+    const ArchivePlace place = TaVekUtil_SplitPath(path);
     ArchiveExtended archive;
     archive.Load(path);
     const int removed = TaVekUtils_RemovePackages(archive, names);
@@ -58,7 +38,7 @@ void modify(const std::vector<AddonPackage>& packages, const std::vector<std::st
     } else if (archive.isInstallation()) {
         saveInstalledManifest(archive);
     } else {
-        saveArchive(archive, directory, fileName, config);
+        saveArchive(archive, place, config);
     }
 }
 
@@ -83,4 +63,31 @@ void TaVekUtil_ModifyVekPkgs(const std::vector<AddonPackage>& packages, const st
         std::cerr << "TaVekUtil: Failed injecting files into upgrade package." << std::endl;
         throw;
     }
+}
+
+ArchivePlace TaVekUtil_SplitPath(const char* path) {
+    ArchivePlace place;
+    Ta::Check(zPath_Directory(path, place.directory.data(), place.directory.capacity()), operation, 959);
+    Ta::Check(zPath_FileName(path, place.fileName.data(), place.fileName.capacity()), operation, 960);
+    return place;
+}
+
+Ta::PathText TaVekUtil_OutputPath(const ArchivePlace& place, const BuildConfig& config) {
+    Ta::PathText name;
+    Ta::PathText path;
+    Ta::Check(zStrPrintf(name.data(), name.capacity(), "%s-%s", config.outputPrefix.c_str(),
+                         place.fileName.c_str()),
+              operation, 981);
+    Ta::Check(zPath_Combine(place.directory.c_str(), name.c_str(), path.data(), path.capacity()), operation,
+              982);
+    return path;
+}
+
+void TaVekUtil_StoreManifest(const ArchiveExtended& archive) {
+    Ta::Buffer bytes;
+    const zHandle container = archive.archive.get();
+    Ta::Check(zXml_SaveBytes(archive.manifest.get(), bytes.data(), bytes.size(), nullptr), operation, 976);
+    Ta::Check(zArchive_DeleteFile(container, manifestFileName), operation, 977);
+    Ta::Check(zArchive_AddData(container, bytes.bytes(), bytes.byteCount(), manifestFileName, 0), operation,
+              978);
 }

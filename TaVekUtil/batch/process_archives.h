@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "TaVekUtil/archive/archive_extended.h"
 #include "TaVekUtil/batch/build_config.h"
 
 /// Processes every archive of `config.stockPackages` in order. The first failure ends the run, after one line
@@ -15,3 +16,20 @@ void TaVekUtil_ProcessStockPackages(const BuildConfig& config);
 /// error.
 void TaVekUtil_ModifyVekPkgs(const std::vector<AddonPackage>& packages, const std::vector<std::string>& names,
                              const char* path, const BuildConfig& config);
+
+// The steps of it, for whoever wants to know without saving.
+
+/// An archive's path taken apart.
+struct ArchivePlace {
+    Ta::PathText directory;
+    Ta::PathText fileName;
+};
+
+/// Raises Ta::Exception.
+ArchivePlace TaVekUtil_SplitPath(const char* path);
+
+/// Where the changed archive from `place` is saved. Raises Ta::Exception.
+Ta::PathText TaVekUtil_OutputPath(const ArchivePlace& place, const BuildConfig& config);
+
+/// Makes the manifest of `archive` a member of its container. Raises Ta::Exception.
+void TaVekUtil_StoreManifest(const ArchiveExtended& archive);

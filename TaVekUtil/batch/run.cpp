@@ -13,18 +13,6 @@ namespace {
 
 constexpr const char* operation = "TaVekUtil_Run";
 
-Ta::PathText resolveConfigPath(const char* configFileName) {
-    Ta::PathText path;
-    if (zPath_IsAbsolute(configFileName)) {
-        static_cast<void>(zStrCopy(path.data(), path.capacity(), configFileName));
-        return path;
-    }
-    Ta::PathText programs;
-    Ta::Check(zDirectory_Application(programs.data(), programs.capacity()), operation, 1265);
-    Ta::Check(zPath_Combine(programs.c_str(), configFileName, path.data(), path.capacity()), operation, 1266);
-    return path;
-}
-
 void loadArguments(const char* platform, BuildConfig& config) {
     try {
         static_cast<void>(zStrCopy(config.platform.data(), config.platform.capacity(), platform));
@@ -37,7 +25,7 @@ void loadArguments(const char* platform, BuildConfig& config) {
 void runBatch(const char* platform, const char* configFileName) {
     BuildConfig config;
     Ta::Object<void*> document;
-    const Ta::PathText path = resolveConfigPath(configFileName);
+    const Ta::PathText path = TaVekUtil_ConfigPath(configFileName);
     Ta::Check(zXml_Load(document.out(), path.c_str(), nullptr), operation, 1268);
     loadArguments(platform, config);
     TaVekUtil_Load_Config(document.get(), config);
@@ -56,4 +44,16 @@ int TaVekUtil_Run(const char* platform, const char* configFileName) {
                   << configFileName << " Error: " << exception.what() << std::endl;
         return 1;
     }
+}
+
+Ta::PathText TaVekUtil_ConfigPath(const char* configFileName) {
+    Ta::PathText path;
+    if (zPath_IsAbsolute(configFileName)) {
+        static_cast<void>(zStrCopy(path.data(), path.capacity(), configFileName));
+        return path;
+    }
+    Ta::PathText programs;
+    Ta::Check(zDirectory_Application(programs.data(), programs.capacity()), operation, 1265);
+    Ta::Check(zPath_Combine(programs.c_str(), configFileName, path.data(), path.capacity()), operation, 1266);
+    return path;
 }

@@ -37,14 +37,15 @@ std::string TaVekUtil_PkgPath() {
     return combine(path.c_str(), "pkg", operation);
 }
 
-bool isStockPackage(const std::string& name, const char* operation) {
+}  // namespace
+
+bool TaVekUtil_IsStockPackage(const std::string& name) {
+    constexpr const char* operation = "TaVekUtil_FindStockPackages";
     Ta::ShortText extension;
     Ta::Check(zPath_Extension(name.c_str(), extension.data(), extension.capacity()), operation);
     const bool prefixed = name.starts_with("14") || name.starts_with("0-");
     return name.size() > 2 && prefixed && zStrEquals(extension.c_str(), "dat");
 }
-
-}  // namespace
 
 void TaVekUtil_FindStockPackages(std::vector<std::string>& packages) {
     constexpr const char* operation = "TaVekUtil_FindStockPackages";
@@ -52,7 +53,7 @@ void TaVekUtil_FindStockPackages(std::vector<std::string>& packages) {
         const std::string directory = TaVekUtil_PkgPath();
         std::vector<std::string> found;
         for (const std::string& name : filesIn(directory, operation)) {
-            if (isStockPackage(name, operation)) found.push_back(combine(directory, name, operation));
+            if (TaVekUtil_IsStockPackage(name)) found.push_back(combine(directory, name, operation));
         }
         packages = std::move(found);
     } catch (...) {

@@ -8,7 +8,6 @@
 #include "TaVekUtil/cli/controller_names.h"
 #include "TaVekUtil/edit/startup_script.h"
 #include "TaVekUtil/edit/user_tools.h"
-#include "platform/base/directory.h"
 #include "platform/base/path.h"
 
 namespace {
@@ -35,7 +34,20 @@ const SensorPlatform* findSensorPlatform(const char* key) {
     return nullptr;
 }
 
-bool fitsVersion(const ArchiveExtended& archive, const AddonPackage& package) {
+/// Makes the directory of a resource below the installation directory. Other files do without theirs.
+void createResourceDirectory(const ArchiveExtended& archive, const Installation& plan) {
+    Ta::Text<256> target;
+    Ta::Text<256> directory;
+    Ta::Check(zPath_Combine(archive.path.c_str(), plan.destination.c_str(), target.data(), target.capacity()),
+              operation);
+    Ta::Check(zPath_Directory(target.c_str(), directory.data(), directory.capacity()), operation);
+    if (archive.files->findDirectory(directory.c_str()) == zStatus_Success) return;
+    Ta::Check(archive.files->createDirectory(directory.c_str()), operation);
+}
+
+}  // namespace
+
+bool TaVekUtils_FitsVersion(const ArchiveExtended& archive, const AddonPackage& package) {
     const std::string version = archive.Version();
     if (zStrEquals(package.beVersion.c_str(), "*") || version == package.beVersion.c_str()) return true;
     std::cerr << "TaVekUtil: ERROR - Version for Upgrade package != Vek Package " << std::endl;
@@ -44,14 +56,7 @@ bool fitsVersion(const ArchiveExtended& archive, const AddonPackage& package) {
     return false;
 }
 
-/// Where a file of a package comes from and where it goes.
-struct Installation {
-    Ta::PathText path;
-    Ta::PathText member;
-    Ta::PathText destination;
-};
-
-Installation planInstallation(const PackageFile& file) {
+Installation TaVekUtils_PlanInstallation(const PackageFile& file) {
     Installation plan;
     Ta::PathText name;
     Ta::Check(zStrCopy(plan.path.data(), plan.path.capacity(), file.path.c_str()), operation);
@@ -67,23 +72,12 @@ Installation planInstallation(const PackageFile& file) {
     return plan;
 }
 
-/// Makes the directory of a resource below the installation directory. Other files do without theirs.
-void createResourceDirectory(const ArchiveExtended& archive, const Installation& plan) {
-    Ta::Text<256> target;
-    Ta::Text<256> directory;
-    Ta::Check(zPath_Combine(archive.path.c_str(), plan.destination.c_str(), target.data(), target.capacity()),
-              operation);
-    Ta::Check(zPath_Directory(target.c_str(), directory.data(), directory.capacity()), operation);
-    if (!zDirectory_Exists(directory.c_str())) Ta::Check(zDirectory_Create(directory.c_str()), operation);
-}
-
-/// Installs `file` when it is for the archive's platform; false when it is not.
-bool installFile(const ArchiveExtended& archive, const PackageFile& file) {
+bool TaVekUtils_InstallFile(const ArchiveExtended& archive, const PackageFile& file) {
     // A file platform that only begins with the archive's passes here, and finds no place below.
     const std::size_t length = archive.platform.size();
     if (zStrCompareN(archive.platform.c_str(), file.platform.c_str(), length) != 0) return false;
 
-    const Installation plan = planInstallation(file);
+    const Installation plan = TaVekUtils_PlanInstallation(file);
     if (zStrCompareLower(file.type.c_str(), "Resource") == 0 && archive.isInstallation()) {
         createResourceDirectory(archive, plan);
     }
@@ -94,18 +88,16 @@ bool installFile(const ArchiveExtended& archive, const PackageFile& file) {
         return true;
     }
     if (!archive.isInstallation()) return false;
-    TaVekUtil_InjectFile(plan.path.c_str(), plan.destination.c_str(), archive.path.c_str());
+    TaVekUtil_InjectFile(plan.path.c_str(), plan.destination.c_str(), archive.path.c_str(), *archive.files);
     return true;
 }
-
-}  // namespace
 
 int TaVekUtils_AddPackages(ArchiveExtended archive, const std::vector<AddonPackage>& packages) {
     int installed = 0;
     for (const AddonPackage& package : packages) {
-        if (!fitsVersion(archive, package)) continue;
+        if (!TaVekUtils_FitsVersion(archive, package)) continue;
         for (const PackageFile& file : package.files) {
-            if (installFile(archive, file)) installed = 1;
+            if (TaVekUtils_InstallFile(archive, file)) installed = 1;
         }
         // Last, so that the manifest names only packages whose files went in; and for each package, so that
         // one without a file for this platform is recorded too.

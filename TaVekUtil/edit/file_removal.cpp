@@ -5,7 +5,6 @@
 #include "TaVekUtil/archive/install_destination.h"
 #include "TaVekUtil/edit/startup_script.h"
 #include "platform/archive/archive.h"
-#include "platform/base/file.h"
 #include "platform/base/path.h"
 #include "platform/base/text.h"
 
@@ -16,7 +15,7 @@ constexpr const char* operation = "TaVekUtil_RemoveFile";
 void removeInstalled(const ArchiveExtended& archive, const char* destination) {
     Ta::PathText path;
     Ta::Check(zPath_Combine(archive.path.c_str(), destination, path.data(), path.capacity()), operation);
-    const zStatus deleted = zFile_Delete(path.c_str());
+    const zStatus deleted = archive.files->deleteFile(path.c_str());
     if (deleted == zStatus_NotFound) {
         std::cout << "Skipping File: " << path.c_str() << " - Not Found" << std::endl;
         return;

@@ -45,7 +45,6 @@ class ScriptIndex {
     using Position = std::size_t;
     using Positions = std::deque<Position>;
 
-    Position positionOf(zXmlItem item) const { return positions_.at(item); }
     void skipRemovedFiles();
 
     zHandle document_;

@@ -6,6 +6,7 @@
 
 #include "platform/archive/content.h"
 #include "platform/archive/member_table.h"
+#include "platform/archive/members.h"
 
 /// A container format, and the file in it that a container was loaded from. The container itself knows
 /// members, look-up and edits, and nothing of any format.
@@ -25,6 +26,15 @@ class Codec {
     /// Writes all members to the file `path`, checking those that are carried over from the loaded file. When
     /// `path` is the loaded file, origins are changed to where the members are now.
     virtual zStatus save(const std::string& path, MemberTable& members) = 0;
+
+    /// Fills in `info`, all but its name, with what the file says of the loaded member `name` at `origin`.
+    virtual zStatus describe(std::string_view name, std::uint64_t origin, zMemberInfo& info) = 0;
+
+    /// Decodes and checks the loaded member `name` at `origin` in constant memory.
+    virtual zStatus verify(std::string_view name, std::uint64_t origin) = 0;
+
+    /// Does all that `save` does but write.
+    virtual zStatus trySave(MemberTable& members) = 0;
 
     /// Most bytes that a member's name may have.
     virtual std::size_t longestName() const = 0;

@@ -26,9 +26,14 @@ class Container : public zObject {
     std::shared_ptr<LiveContent> live(std::string_view name);
     void remove(std::string_view name);
 
+    zStatus describe(std::vector<zMemberInfo>& members);
+    zStatus verify(std::string_view name);
+    zStatus trySave();
+
   private:
     zStatus add(std::string_view name, std::unique_ptr<Content> content);
     zStatus makeReady(std::size_t index);
+    zStatus describeAdded(std::size_t index, zMemberInfo& info);
     std::string context() const;
     void forgetDecoded();
 

@@ -52,7 +52,7 @@ class Inflater {
     Inflater();
     ~Inflater();
 
-    /// Decodes one stream. Everything decoded before a fault has gone to `output`.
+    /// Decodes one stream. After a fault the output may lack what was decoded just before it.
     Verdict run(Input& input, Output& output);
 
     /// Bytes of the input that the stream of the last run took, up to the one with its last bit.

@@ -1,5 +1,6 @@
 #include "platform/archive/codec.h"
 #include "platform/archive/zip_directory.h"
+#include "platform/archive/zip_inspector.h"
 #include "platform/archive/zip_writer.h"
 #include "platform/base/failure.h"
 
@@ -36,14 +37,32 @@ class ZipCodec : public Codec {
         return file_.isSameFileAs(path) ? replaceLoaded(path, members, writer, output) : output.commit();
     }
 
+    zStatus describe(std::string_view name, std::uint64_t origin, zMemberInfo& info) override {
+        return inspector().describe(name, origin, info);
+    }
+
+    zStatus verify(std::string_view name, std::uint64_t origin) override {
+        return inspector().verify(name, origin);
+    }
+
+    zStatus trySave(MemberTable& members) override {
+        OutputStream nowhere;
+        return Writer(file_, ending_.directory, nowhere).write(members, ending_.comment);
+    }
+
     std::size_t longestName() const override { return longestText; }
 
   private:
+    Inspector& inspector() {
+        if (!inspector_) inspector_ = std::make_unique<Inspector>(file_, ending_.directory);
+        return *inspector_;
+    }
     zStatus replaceLoaded(const std::string& path, MemberTable& members, const Writer& writer,
                           OutputStream& output);
 
     SourceFile file_;
     Ending ending_;
+    std::unique_ptr<Inspector> inspector_;  // made when somebody looks
 };
 
 /// Puts the output in the place of the loaded file, and goes on with it. Windows replaces no file that
@@ -52,6 +71,7 @@ zStatus ZipCodec::replaceLoaded(const std::string& path, MemberTable& members, c
                                 OutputStream& output) {
     const std::string loadedPath = file_.path();
     const std::uint64_t loadedSize = file_.size();
+    inspector_.reset();  // it has seen the old file
     file_.close();
     const zStatus status = output.commit();
     if (status != zStatus_Success) {

@@ -88,7 +88,7 @@ zStatus MemberData::carry(const Entry& entry, OutputStream& output) {
     return pass(entry, output, nullptr);
 }
 
-zStatus MemberData::decode(const Entry& entry, const zAllocator* allocator, Block& bytes) {
+zStatus MemberData::requireReadable(const Entry& entry) const {
     if (entry.isEncrypted()) {
         return file_.refuseMember(entry.name, "it is encrypted", zStatus_Unsupported);
     }
@@ -97,6 +97,11 @@ zStatus MemberData::decode(const Entry& entry, const zAllocator* allocator, Bloc
         return file_.refuseMember(entry.name, "compression method " + method + " is not read",
                                   zStatus_Unsupported);
     }
+    return zStatus_Success;
+}
+
+zStatus MemberData::decode(const Entry& entry, const zAllocator* allocator, Block& bytes) {
+    if (const zStatus status = requireReadable(entry); status != zStatus_Success) return status;
     // Two bits, a length and a distance, give 258 bytes at most: memory is only asked for what can be true.
     constexpr std::uint64_t bestRatio = 1032;
     if (entry.size / bestRatio > entry.compressedSize) {

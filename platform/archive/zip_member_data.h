@@ -18,6 +18,9 @@ class MemberData {
     /// pass: a stream, a size or a checksum that is not as told fails.
     zStatus carry(const Entry& entry, OutputStream& output);
 
+    /// zStatus_Unsupported, with the reason, for a member that cannot be decoded.
+    zStatus requireReadable(const Entry& entry) const;
+
     /// Decodes a member into `bytes`. zStatus_Unsupported for one that is not readable.
     zStatus decode(const Entry& entry, const zAllocator* allocator, Block& bytes);
 

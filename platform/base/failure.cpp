@@ -1,8 +1,6 @@
 #include "platform/base/failure.h"
 
-#include <algorithm>
 #include <array>
-#include <cstring>
 
 namespace failure {
 namespace {
@@ -17,9 +15,7 @@ struct Last {
 Last last;
 
 void append(std::string_view text) {
-    const std::size_t count = std::min(text.size(), last.detail.size() - last.length);
-    std::memcpy(last.detail.data() + last.length, text.data(), count);
-    last.length += count;
+    last.length += text.copy(last.detail.data() + last.length, last.detail.size() - last.length);
 }
 
 void begin(zStatus status) {

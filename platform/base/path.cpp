@@ -23,8 +23,8 @@ zStatus answer(std::string_view result, char* destination, std::size_t capacity)
         destination[0] = '\0';
         return status;
     }
-    // The result may be part of what lies in the buffer.
-    std::memmove(destination, result.data(), result.size());
+    // The result may be part of what lies in the buffer; an empty one may lie nowhere.
+    if (!result.empty()) std::memmove(destination, result.data(), result.size());
     destination[result.size()] = '\0';
     return zStatus_Success;
 }

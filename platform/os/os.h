@@ -121,6 +121,37 @@ class OutputFile {
 /// The directory that holds the running program.
 [[nodiscard]] std::error_code applicationDirectory(std::string& directory);
 
+// ---- Links, times, permissions ---------------------------------------------------------------------------
+
+/// True when `name`, one component of a path, can be that of a file on this system. On Windows the names of
+/// devices (also with an extension), characters that separate or stand for others (`:` of a stream among
+/// them), a dot or space at the end and what is no UTF-8 cannot.
+bool isFileName(std::string_view name);
+
+/// Finds out whether `path` itself is a symbolic link (on Windows also a junction); what is not there is
+/// none.
+[[nodiscard]] std::error_code isLink(const std::string& path, bool& link);
+
+/// Makes `path` a symbolic link that holds `destination`, which need not exist. Outside Windows the text is
+/// kept as it is. Where the system makes no such links: std::errc::operation_not_supported.
+[[nodiscard]] std::error_code createSymbolicLink(const std::string& destination, const std::string& path);
+
+/// Makes `path` another name of the file `existing`; a symbolic link is not followed.
+[[nodiscard]] std::error_code createHardLink(const std::string& existing, const std::string& path);
+
+/// A time since the start of 1970 (UTC); the nanoseconds, 0 to 999999999, count forwards.
+struct Time {
+    std::int64_t seconds = 0;
+    std::int32_t nanoseconds = 0;
+};
+
+/// Sets when the file, directory or symbolic link `path` (the link itself) was last changed, as finely as the
+/// file system keeps it; a time that it cannot keep becomes the nearest one, or std::errc::invalid_argument.
+[[nodiscard]] std::error_code setModificationTime(const std::string& path, Time time);
+
+/// Gives `path` the permission bits `mode` (nine of them), less the umask. Nothing on Windows.
+[[nodiscard]] std::error_code setPermissions(const std::string& path, unsigned mode);
+
 // ---- Processes -----------------------------------------------------------------------------------------
 
 /// The words of the command line as UTF-8, the program's name first.

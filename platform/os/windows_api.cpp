@@ -181,4 +181,18 @@ Handle openExisting(const std::wstring& path, DWORD access) {
                                 nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
 }
 
+std::error_code lastErrorOn(const std::wstring& path) {
+    const std::error_code error = lastError();
+    if (error != std::errc::no_such_file_or_directory) return error;
+    std::wstring parent = path;
+    for (;;) {
+        const std::size_t separator = parent.rfind(L'\\');
+        if (separator == std::wstring::npos) return error;
+        parent.resize(separator);
+        const DWORD attributes = ::GetFileAttributesW(parent.c_str());
+        if (attributes == INVALID_FILE_ATTRIBUTES) continue;
+        return (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0 ? errorOf(ERROR_DIRECTORY) : error;
+    }
+}
+
 }  // namespace os::windows

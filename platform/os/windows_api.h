@@ -37,6 +37,10 @@ bool isDevice(std::wstring_view path);
 /// Where the last component of `path` begins.
 std::size_t lastComponent(std::wstring_view path);
 
+/// Why the last call on the native `path` failed. A path that leads through a file is told apart from one
+/// that names nothing, as on other systems; Windows itself does not.
+std::error_code lastErrorOn(const std::wstring& path);
+
 /// Owns a kernel object's handle.
 class Handle {
   public:

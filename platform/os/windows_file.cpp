@@ -131,8 +131,9 @@ InputFile& InputFile::operator=(InputFile&&) noexcept = default;
 
 std::error_code InputFile::open(const std::string& path) {
     auto opened = std::make_unique<State>();
-    opened->file = windows::openExisting(nativePath(path), GENERIC_READ);
-    if (!opened->file.valid()) return lastError();
+    const std::wstring name = nativePath(path);
+    opened->file = windows::openExisting(name, GENERIC_READ);
+    if (!opened->file.valid()) return windows::lastErrorOn(name);
     if (std::error_code error = inspect(opened->file.get(), opened->type, opened->size)) return error;
     if (opened->type == FileType::directory) return errorOf(windows::directoryNotSupported);
     state = std::move(opened);
@@ -214,7 +215,7 @@ std::error_code removeFile(const std::string& path) {
     if (::DeleteFileW(name.c_str())) return {};
     const DWORD error = ::GetLastError();
     const DWORD attributes = ::GetFileAttributesW(name.c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES) return errorOf(error);
+    if (attributes == INVALID_FILE_ATTRIBUTES) return windows::lastErrorOn(name);
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return errorOf(windows::directoryNotSupported);
     const bool readOnly = error == ERROR_ACCESS_DENIED && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
     return errorOf(readOnly ? ERROR_FILE_READ_ONLY : error);

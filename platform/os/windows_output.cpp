@@ -68,7 +68,9 @@ std::error_code giveAttributes(HANDLE file, DWORD attributes) {
 std::error_code lookAt(const std::wstring& target, bool& exists, Replaced& replaced) {
     const Handle present = windows::openExisting(target, FILE_READ_ATTRIBUTES | READ_CONTROL);
     exists = present.valid();
-    if (!exists) return ::GetLastError() == ERROR_FILE_NOT_FOUND ? std::error_code{} : lastError();
+    if (!exists) {
+        return ::GetLastError() == ERROR_FILE_NOT_FOUND ? std::error_code{} : windows::lastErrorOn(target);
+    }
     BY_HANDLE_FILE_INFORMATION info{};
     if (!::GetFileInformationByHandle(present.get(), &info)) return lastError();
     replaced.attributes = info.dwFileAttributes;

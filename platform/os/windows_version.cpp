@@ -39,8 +39,15 @@ bool versionByOwnReader(const std::string& path, FileVersion& version) {
 }  // namespace
 
 bool fileVersion(const std::string& path, FileVersion& version) {
+    // The system's functions follow a resource that leads outside the file, and end the process; the own
+    // reader knows such files.
+    FileVersion own{};
+    if (!versionByOwnReader(path, own)) return false;
     std::string name;
-    if (!inCodePage(path, name)) return versionByOwnReader(path, version);
+    if (!inCodePage(path, name)) {
+        version = own;
+        return true;
+    }
     const DWORD size = ::GetFileVersionInfoSizeA(name.c_str(), nullptr);
     if (size == 0) return false;
     std::vector<char> information(size);

@@ -9,6 +9,7 @@
 #include "platform/xml/joined.h"
 #include "platform/xml/parser.h"
 #include "platform/xml/prolog.h"
+#include "platform/xml/reader.h"
 
 namespace xml {
 namespace {
@@ -36,7 +37,7 @@ bool isSelfClosed(const Item& item) {
 
 }  // namespace
 
-Document::Document(const zAllocator* allocator) : text_(nullptr, Release{allocator}) {
+void Document::startFresh() {
     replaceText(freshText);
     top_.text = text_.get();
     top_.size = static_cast<std::uint32_t>(size_);
@@ -59,7 +60,7 @@ void Document::read(Block bytes, std::size_t size) {
         throw Fault{zStatus_Unsupported, "1:1: documents of 2 GiB and more are not supported"};
     top_.text = endOf(mark_);
     top_.size = static_cast<std::uint32_t>(size_ - mark_.size());
-    Parser({top_.text, top_.size}, items_).document(top_.text + body, &top_);
+    parseDocument(top_.bytes(), top_.text + body, items_, top_);
 }
 
 /// Reads the declaration and makes the text UTF-8. Answers the size of the declaration.

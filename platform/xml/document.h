@@ -24,10 +24,12 @@ using Block = std::unique_ptr<char, Release>;
 /// Nothing in it moves or goes before the document does.
 class Document final : public zObject {
   public:
-    /// An empty document in the style of fresh ones.
-    explicit Document(const zAllocator* allocator);
+    /// Either `startFresh` or `read` must follow.
+    explicit Document(const zAllocator* allocator) : text_(nullptr, Release{allocator}) {}
     const char* kind() const override { return "XML document"; }
 
+    /// Becomes an empty document in the style of fresh ones.
+    void startFresh();
     /// Reads `size` bytes, behind which a zero byte stands. Throws Fault when they are no document.
     void read(Block bytes, std::size_t size);
 
@@ -56,9 +58,6 @@ class Document final : public zObject {
     Gap& tail(Item& item);
     /// Notes that the bytes of `item`, and so those of everything around it, are no longer those of the text.
     static void touch(Item& item);
-
-    /// Bytes held beyond the text itself, for measuring.
-    std::size_t heldBytes() const { return items_.heldBytes(); }
 
   private:
     void replaceText(std::string_view text);
@@ -104,12 +103,6 @@ template <typename Use>
 void eachOfTail(const Item& item, Use use) {
     if (!ownsTail(item)) return use(textTail(item));
     for (const Piece* piece = item.edit->tail.first; piece != nullptr; piece = piece->next) use(piece->text);
-}
-/// Calls `use` with each stretch of the content of `item` that belongs to no child.
-template <typename Use>
-void eachOfContent(const Item& item, Use use) {
-    for (const Item* child = item.firstChild; child != nullptr; child = child->next) eachOfLead(*child, use);
-    eachOfTail(item, use);
 }
 
 }  // namespace xml

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "platform/base/failure.h"
 #include "platform/xml/characters.h"
@@ -31,8 +32,9 @@ void keepApart(Document& document, Gap& first, const Gap& second) {
     if (first.empty() || second.empty() || !first.last->text.ends_with(']')) return;
     const std::string_view behind = second.first->text;
     if (!behind.starts_with('>') && !behind.starts_with(']')) return;
+    Piece* bracket = document.piece("&#93;");
     first.trimBack(1);
-    first.push(document.piece("&#93;"));
+    first.push(bracket);
 }
 
 void bury(Item& item) {
@@ -126,7 +128,7 @@ zStatus checkParent(Document& document, const Item& parent) {
 
 Item* insertElement(Document& document, Item& parent, Item* before, std::string_view text) {
     Item holder{};
-    Parser(document.keep(text), document.items()).fragment(&holder);
+    parseFragment(document.keep(text), document.items(), holder);
     Item& item = *holder.firstChild;
     Edit& edit = document.edit(item);
     Edit& parentEdit = document.edit(parent);
@@ -156,20 +158,23 @@ zStatus addItem(Document& document, Item& parent, const char* name, Item** added
 zStatus setItemText(Document& document, Item& item, const char* text) {
     if (const zStatus status = checkText(text); status != zStatus_Success) return status;
     TextReplacer replacer(document, text);
+    std::vector<Gap> gaps;
+    for (Item* child = item.firstChild; child != nullptr; child = child->next)
+        gaps.push_back(replacer.replaced(document.lead(*child)));
+    gaps.push_back(replacer.replaced(document.tail(item)));
+    // An element without text of its own gets it in front.
+    Gap front;
+    replacer.place(front);
+    front.join(gaps.front());
+    gaps.front() = front;
+
+    // From here on nothing fails.
+    const Gap* gap = gaps.data();
     for (Item* child = item.firstChild; child != nullptr; child = child->next) {
-        Gap& lead = document.lead(*child);
-        lead = replacer.replaced(lead);
+        child->edit->lead = *gap++;
         if (!replacer.keepsBlanks()) child->edit->indent = {};
     }
-    Gap& tail = document.tail(item);
-    tail = replacer.replaced(tail);
-    // An element without text of its own gets it in front.
-    Gap& front = item.firstChild != nullptr ? item.firstChild->edit->lead : tail;
-    Gap whole;
-    replacer.place(whole);
-    whole.join(front);
-    front = whole;
-
+    item.edit->tail = *gap;
     if (!replacer.keepsBlanks()) item.edit->closingIndent = {};
     item.hasText = !replacer.keepsBlanks();
     Document::touch(item);
@@ -201,7 +206,8 @@ zStatus deleteItem(Document& document, Item& item) {
 
     bury(item);
     parent.remove(&item);
-    parentEdit.cursor = nullptr;
+    // A walk by index that deletes as it goes stays where it is.
+    parentEdit.cursor = parentEdit.cursor == &item ? item.next : nullptr;
     if (parent.firstChild == nullptr) parentEdit.closingIndent = {};
     Document::touch(parent);
     return zStatus_Success;

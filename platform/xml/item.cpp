@@ -26,18 +26,6 @@ bool Item::isNamed(std::string_view wanted) const {
            endsName(text[1 + wanted.size()]);
 }
 
-void Item::append(Item* child) {
-    child->parent = this;
-    if (firstChild == nullptr) {
-        firstChild = child;
-    } else {
-        child->previous = firstChild->previous;
-        child->previous->next = child;
-    }
-    firstChild->previous = child;
-    ++childCount;
-}
-
 void Item::insert(Item* child, Item* place) {
     child->parent = this;
     child->previous = place->previous;
@@ -73,10 +61,6 @@ bool ItemPool::owns(const Item* item) const {
     if (chunk == chunks_.begin()) return false;
     const std::byte* begin = std::prev(chunk)->memory.get();
     return std::less<>()(address, begin + std::prev(chunk)->count * sizeof(Item));
-}
-
-std::size_t ItemPool::heldBytes() const {
-    return capacity_ * sizeof(Item);
 }
 
 void ItemPool::grow() {

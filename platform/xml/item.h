@@ -58,7 +58,17 @@ struct Item {
     bool isNamed(std::string_view wanted) const;
 
     /// Puts `child`, which is alone, at the end or before the child `place`.
-    void append(Item* child);
+    void append(Item* child) {
+        child->parent = this;
+        if (firstChild == nullptr) {
+            firstChild = child;
+        } else {
+            child->previous = firstChild->previous;
+            child->previous->next = child;
+        }
+        firstChild->previous = child;
+        ++childCount;
+    }
     void insert(Item* child, Item* place);
     void remove(Item* child);
 };
@@ -73,7 +83,6 @@ class ItemPool {
     }
     /// True when `item` is one of this pool, whatever the pointer is.
     bool owns(const Item* item) const;
-    std::size_t heldBytes() const;
 
   private:
     struct Chunk {

@@ -127,7 +127,7 @@ Style firstChildStyle(Document& document, Item& parent) {
             return {true, std::string(behindBreak.substr(0, spaces)), false};
         return {true, line.spaces + step(parent, line), false};
     }
-    if (!line.isOwn && &parent != document.root()) return {};
+    if (!line.isOwn) return {};
     // Elements of one kind look alike: the one before shows how this kind holds its children.
     const Item* before = parent.before();
     if (before != nullptr && before->firstChild != nullptr && before->name() == parent.name()) {
@@ -162,8 +162,9 @@ Gap takeLastLine(Document& document, Gap& gap) {
 
 Line lineOf(const Item& item) {
     if (item.edit != nullptr && !item.edit->indent.empty()) return lastLine(item.edit->indent);
-    if (ownsLead(item)) return lastLine(item.edit->lead);
-    return lastLine(textLead(item));
+    Line line = ownsLead(item) ? lastLine(item.edit->lead) : lastLine(textLead(item));
+    if (item.parent->parent == nullptr) line.isOwn = true;
+    return line;
 }
 
 Line newChildLine(Document& document, Item& parent, Item* before) {

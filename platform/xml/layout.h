@@ -19,7 +19,7 @@ struct Place {
 Place makePlace(Document& document, Item& parent, Item* before);
 
 /// The white space that begins the line on which `item` stands first; false when something else stands
-/// before it on its line.
+/// before it on its line. The root counts as standing at the margin, whatever is before it.
 struct Line {
     bool isOwn = false;
     std::string spaces;

@@ -32,10 +32,10 @@ bool NameSet::addToTable(std::string_view name) {
     if (count_ == few) {
         std::random_device random;
         if (seed_ == 0) seed_ = (std::uint64_t{random()} << 32 | random()) | 1;
-        table_.assign(8 * few, {});
+        table_.assign(4 * few, {});
         for (std::string_view early : names_) insert(early);
     }
-    if (2 * count_ >= table_.size()) growTable();
+    if (4 * count_ >= 3 * table_.size()) growTable();
     if (!insert(name)) return false;
     ++count_;
     return true;
@@ -53,7 +53,7 @@ bool NameSet::insert(std::string_view name) {
 }
 
 void NameSet::growTable() {
-    std::vector<std::string_view> small(4 * table_.size());
+    std::vector<std::string_view> small(2 * table_.size());
     std::swap(small, table_);
     for (std::string_view name : small) {
         if (!name.empty()) insert(name);

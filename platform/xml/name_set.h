@@ -31,7 +31,8 @@ class NameSet {
 
     std::string_view names_[few];
     std::size_t count_ = 0;
-    std::vector<std::string_view> table_;  ///< Open addressing, a power of two of slots, at most half full.
+    std::vector<std::string_view> table_;  ///< Open addressing, a power of two of slots, at most 3/4 full: 64
+                                           ///< bytes a name while it grows.
     std::uint64_t seed_ = 0;
 };
 

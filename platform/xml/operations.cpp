@@ -14,28 +14,22 @@ namespace {
 
 using namespace xml;
 
-/// Copies `text`, zero-terminated, when it fits; leaves `buffer` alone when not. `what` and the name of
-/// `item` say what did not.
-zStatus fill(char* buffer, std::size_t capacity, std::string_view text, std::string_view what,
-             const Item& item) {
-    if (text.size() < capacity) {
-        buffer[text.copy(buffer, text.size())] = '\0';
-        return zStatus_Success;
-    }
+/// Copies `text`, zero-terminated, when it fits; leaves `buffer` alone and answers false when not.
+bool fill(char* buffer, std::size_t capacity, std::string_view text) {
+    if (text.size() >= capacity) return false;
+    buffer[text.copy(buffer, text.size())] = '\0';
+    return true;
+}
+
+/// What did not fit is `what` of `item`, which has `size` bytes; the terminator is not counted.
+zStatus refuseSize(std::string_view what, const Item& item, std::size_t size, std::size_t capacity) {
     return failure::record(zStatus_DoesNotFit,
-                           joined({what, " of <", item.name(), "> needs ", std::to_string(text.size() + 1),
-                                   " bytes, ", std::to_string(capacity), " are there"}));
+                           joined({what, " of <", item.name(), "> needs ", std::to_string(size), " bytes, ",
+                                   std::to_string(capacity - 1), " are allowed"}));
 }
 
 zStatus refuseBuffer() {
     return failure::record(zStatus_BadArgument, "the buffer has no room for a text");
-}
-
-zStatus readText(const Item& item, char* buffer, std::size_t capacity) {
-    TextReader reader;
-    eachOfContent(item, [&](std::string_view text) { reader.read(text); });
-    const std::string_view text = isBlank(reader.text()) ? std::string_view() : reader.text();
-    return fill(buffer, capacity, text, "the text", item);
 }
 
 /// Runs an edit of a living item.
@@ -48,12 +42,27 @@ zStatus change(zHandle document, Item* item, Change edit) {
 
 }  // namespace
 
+std::string xml::itemText(const Item& item) {
+    TextReader reader;
+    const auto read = [&](std::string_view content) { reader.read(content); };
+    for (const Item* child = item.firstChild; child != nullptr; child = child->next) {
+        eachOfLead(*child, read);
+        reader.passElement();
+    }
+    eachOfTail(item, read);
+    return isBlank(reader.text()) ? std::string() : reader.text();
+}
+
 zStatus zXml_ItemText(zHandle document, zXmlItem item, char* buffer, std::size_t capacity) {
     if (buffer == nullptr || capacity == 0) return refuseBuffer();
     buffer[0] = '\0';
     const Item* source = livingItem(document, item);
     if (source == nullptr) return refuseItem();
-    return failure::guarded([&] { return readText(*source, buffer, capacity); });
+    return failure::guarded([&] {
+        const std::string text = itemText(*source);
+        if (fill(buffer, capacity, text)) return zStatus_Success;
+        return refuseSize("the text", *source, text.size(), capacity);
+    });
 }
 
 zStatus zXml_ChildText(zHandle document, zXmlItem parent, const char* name, char* buffer,
@@ -76,8 +85,9 @@ zStatus zXml_AttrText(zHandle document, zXmlItem item, const char* name, char* b
             return failure::record(zStatus_NotFound,
                                    joined({"<", source->name(), "> has no attribute \"", name, "\""}));
         }
-        return fill(buffer, capacity, readValue(attribute.value), joined({"the attribute \"", name, "\""}),
-                    *source);
+        const std::string value = readValue(attribute.value);
+        if (fill(buffer, capacity, value)) return zStatus_Success;
+        return refuseSize(joined({"the attribute \"", name, "\""}), *source, value.size(), capacity);
     });
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "platform/xml/document.h"
 #include "platform/xml/xml.h"
 
@@ -28,6 +30,9 @@ inline Item* livingParent(zHandle handle, Item* item) {
 zStatus refuseDocument();
 zStatus refuseItem();
 zStatus refuseNull(const char* what);
+
+/// What zXml_ItemText reads.
+std::string itemText(const Item& item);
 
 /// The first child of `parent` along `path`, as zXml_FindChild has it; null when there is none.
 Item* findChild(Item* parent, std::string_view path);

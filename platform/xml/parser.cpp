@@ -1,7 +1,9 @@
 #include "platform/xml/parser.h"
 
 #include "platform/xml/joined.h"
+#include "platform/xml/name_set.h"
 #include "platform/xml/prolog.h"
+#include "platform/xml/reader.h"
 #include "platform/xml/scan.h"
 
 namespace xml {
@@ -15,16 +17,37 @@ const char* quickNameEnd(const char* at) {
     return isAscii(*end) ? end : nameEnd(at);
 }
 
-}  // namespace
+/// As in Reader, functions take the place where their part begins and answer where it ends.
+class Parser {
+  public:
+    Parser(std::string_view text, ItemPool& pool) : reader_(text), pool_(pool) {}
 
-void Parser::document(const char* body, Item* top) {
+    void document(const char* body, Item& top);
+    void fragment(Item& parent) { element(reader_.begin(), parent); }
+
+  private:
+    const char* prolog(const char* at);
+    const char* miscellaneous(const char* at);
+    const char* element(const char* at, Item& parent);
+    const char* text(const char* at);
+    const char* markup(const char* at);
+    const char* startTag(const char* at);
+    const char* attributes(const char* at);
+    const char* attributeValue(const char* at, std::string_view name);
+    const char* endTag(const char* at);
+    [[noreturn]] void failMarkup(const char* at, std::string_view where);
+    [[noreturn]] void failEndTag(const char* at);
+
+    Reader reader_;
+    ItemPool& pool_;
+    Item* open_ = nullptr;  ///< The element whose content is being read. Its size is that of its name.
+    NameSet attributeNames_;
+};
+
+void Parser::document(const char* body, Item& top) {
     const char* at = element(prolog(body), top);
     at = miscellaneous(at);
     if (!reader_.isEnd(at)) failMarkup(at, "behind the root element");
-}
-
-void Parser::fragment(Item* parent) {
-    element(reader_.begin(), parent);
 }
 
 const char* Parser::prolog(const char* at) {
@@ -62,10 +85,10 @@ void Parser::failMarkup(const char* at, std::string_view where) {
 }
 
 /// The root and, by turns, everything in it.
-const char* Parser::element(const char* at, Item* parent) {
-    open_ = parent;
+const char* Parser::element(const char* at, Item& parent) {
+    open_ = &parent;
     at = startTag(at);
-    while (open_ != parent) {
+    while (open_ != &parent) {
         // What stands between tags is mostly the white space of an indentation.
         at = skipSpace(at);
         at = *at == '<' ? markup(at) : text(at);
@@ -105,14 +128,15 @@ const char* Parser::markup(const char* at) {
 
 const char* Parser::startTag(const char* at) {
     Item* item = pool_.make(at);
-    const char* end = quickNameEnd(at + 1);
-    if (end == at + 1) reader_.name(end, "\"<\"");
-    if (*end != '>') end = attributes(end);
+    const char* nameEnd = quickNameEnd(at + 1);
+    if (nameEnd == at + 1) reader_.name(nameEnd, "\"<\"");
+    const char* end = *nameEnd == '>' ? nameEnd : attributes(nameEnd);
     open_->append(item);
     if (*end == '/') {
         item->size = static_cast<std::uint32_t>(end + 2 - at);
         return end + 2;
     }
+    item->size = static_cast<std::uint32_t>(nameEnd - at - 1);
     open_ = item;
     return end + 1;
 }
@@ -164,22 +188,13 @@ const char* Parser::attributeValue(const char* at, std::string_view name) {
 }
 
 const char* Parser::endTag(const char* at) {
-    const char* opened = open_->text + 1;
-    const char* closing = at + 2;
-    while (*closing == *opened && isClass(*closing, nameCharacter)) ++closing, ++opened;
-    // Names beyond ASCII, and faults, are seen at leisure.
-    if (!isAscii(*closing)) {
-        const char* end = nameEnd(at + 2);
-        if (between(at + 2, end) != open_->name()) failEndTag(at);
-        closing = end;
-    } else if (isClass(*opened, nameCharacter) || !isAscii(*opened)) {
-        failEndTag(at);
-    }
-    closing = skipSpace(closing);
-    if (*closing != '>') failEndTag(at);
-    open_->size = static_cast<std::uint32_t>(closing + 1 - open_->text);
+    const std::string_view name(open_->text + 1, open_->size);
+    if (!reader_.startsWith(at + 2, name)) failEndTag(at);
+    const char* end = skipSpace(at + 2 + name.size());
+    if (*end != '>') failEndTag(at);
+    open_->size = static_cast<std::uint32_t>(end + 1 - open_->text);
     open_ = open_->parent;
-    return closing + 1;
+    return end + 1;
 }
 
 void Parser::failEndTag(const char* at) {
@@ -187,6 +202,16 @@ void Parser::failEndTag(const char* at) {
     const std::string_view name = between(at + 2, end);
     if (name != open_->name()) reader_.fail(at, joined({"</", name, "> closes <", open_->name(), ">"}));
     reader_.fail(skipSpace(end), joined({"\">\" must end the end tag </", name}));
+}
+
+}  // namespace
+
+void parseDocument(std::string_view text, const char* body, ItemPool& pool, Item& top) {
+    Parser(text, pool).document(body, top);
+}
+
+void parseFragment(std::string_view text, ItemPool& pool, Item& parent) {
+    Parser(text, pool).fragment(parent);
 }
 
 }  // namespace xml

@@ -37,6 +37,8 @@ class TextReader {
   public:
     /// Reads a stretch of an element's content, markup included.
     void read(std::string_view content);
+    /// An element stands here.
+    void passElement() { endsInReturn_ = false; }
     const std::string& text() const { return text_; }
 
   private:

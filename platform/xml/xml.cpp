@@ -43,7 +43,9 @@ zStatus checkRoot(Document* document) {
 zStatus zXml_Construct(zHandle* document, const zAllocator* allocator) {
     *document = nullptr;
     return failure::guarded([&] {
-        *document = (new Document(allocator))->handle();
+        auto made = std::make_unique<Document>(allocator);
+        made->startFresh();
+        *document = made.release()->handle();
         return zStatus_Success;
     });
 }

@@ -1,5 +1,8 @@
 """Adding and removing whole packages."""
 
+import os
+import unittest
+
 from harness import zip_builder
 from harness.documents import (
     MODELS,
@@ -27,7 +30,7 @@ from harness.messages import (
     version_mismatch,
 )
 from harness.patterns import located
-from harness.program import combined
+from harness.program import ON_WINDOWS, combined
 from harness.scenario import EXECUTABLE_PATH, Scenario
 
 
@@ -126,6 +129,35 @@ class Adding(Batch):
             stderr=UPGRADE_FAILED + archive_failed(message),
             status=1,
         )
+
+    def expect_unusable_file(self, detail, **options):
+        message = located("TaVekUtil_InjectFile", -5, combined("pkgs/new", "a.so") + detail)
+        self.check_batch(
+            load=["pkgs/new"],
+            stdout=processing("sensor.pkg"),
+            stderr=UPGRADE_FAILED + archive_failed(message),
+            status=1,
+            **options,
+        )
+
+    def test_a_directory_in_the_place_of_a_file(self):
+        self.host_archive()
+        self.package(
+            "pkgs/new", package_manifest("New", platform("linux_arm7", entry("VekApp", "a.so", "/a")))
+        )
+        os.mkdir(self.path("pkgs/new/a.so"))
+        self.expect_unusable_file(": Is a directory")
+
+    @unittest.skipIf(ON_WINDOWS, "no such permissions there")
+    def test_a_file_that_may_not_be_read(self):
+        self.host_archive()
+        self.package(
+            "pkgs/new",
+            package_manifest("New", platform("linux_arm7", entry("VekApp", "a.so", "/a"))),
+            ["a.so"],
+        )
+        os.chmod(self.path("pkgs/new/a.so"), 0)
+        self.expect_unusable_file(": Permission denied", unprivileged=True)
 
     def test_files_for_other_platforms_stay_out(self):
         self.host_archive()

@@ -1,13 +1,14 @@
 """The harness itself: a comparison that notices nothing would prove nothing. Needs no program."""
 
 import os
+import shutil
 import struct
 import unittest
 import zipfile
 from io import BytesIO
 
-from harness import executable, zip_builder
-from harness.documents import file, host_script, script, version
+from harness import executable, schemas, zip_builder
+from harness.documents import file, host_script, script, unified_manifest, version
 from harness.patterns import anything, containing, located, one_of
 from harness.scenario import GONE, Scenario
 from harness.zip_builder import DEFLATED, HAS_DESCRIPTOR, Member
@@ -36,6 +37,28 @@ class Files(Scenario):
     def test_a_run_without_a_difference_passes(self):
         self.write("a.txt", "content")
         self.compare_files(self.snapshot(), self.snapshot(), {"a.txt": b"content"})
+
+
+@unittest.skipUnless(schemas.XMLLINT, "xmllint is not installed")
+class Schemas(Scenario):
+    def complaints_after(self, script_text, manifest=None):
+        """What is found when an archive with these documents is made beside a sound one."""
+        shutil.rmtree(self.path("results"), ignore_errors=True)
+        self.host_archive("in.pkg")
+        before = self.snapshot()
+        self.archive("results/out.pkg", script_text, manifest)
+        return schemas.complaints(before, self.snapshot())
+
+    def test_results_that_keep_to_the_schemas_pass(self):
+        self.assertEqual(self.complaints_after(host_script(), unified_manifest("win")), [])
+
+    def test_results_that_do_not_are_noticed(self):
+        self.assertEqual(len(self.complaints_after(script('<File name="no source"/>'))), 1)
+        self.assertEqual(len(self.complaints_after(host_script(), unified_manifest("Ombix"))), 1)
+
+    def test_results_of_inputs_that_do_not_are_passed_over(self):
+        self.write("vek_manifest.xml", "<VekAppPackage/>")
+        self.assertEqual(self.complaints_after(script('<File name="no source"/>')), [])
 
 
 class Archives(unittest.TestCase):

@@ -197,6 +197,12 @@ class Path(Loading):
             self.write("sensor.pkg", content)
             self.expect_failed("Invalid Archive Path: sensor.pkg", stdout=refused(containing("sensor.pkg")))
 
+    @unittest.skipIf(ON_WINDOWS, "no such files there")
+    def test_what_is_no_plain_file(self):
+        os.mkfifo(self.path("pipe"))
+        for path in ("pipe", "/dev/null", "/dev/zero"):
+            self.expect_failed("Invalid Archive Path: " + path, archive=path)
+
     def test_a_directory_without_the_host_executable(self):
         os.makedirs(self.path("tools/bin/win64"))
         for path in ("tools", "tools/", ".", "tools/bin"):

@@ -311,6 +311,7 @@ class Failure(Processing):
         ):
             self.skipTest("no right to mount a small file system")
         self.addCleanup(os.system, f"umount '{self.path('disk')}'")
+        self.foreseeable = False
         shutil.move(self.path("pkgs"), self.path("disk/pkgs"))
         self.write("disk/sensor.pkg", self.read("sensor.pkg"))
         message = located(

@@ -16,6 +16,9 @@ import unittest
 def main():
     parser = argparse.ArgumentParser(description="Runs end-to-end tests.")
     parser.add_argument("--program", required=True, help="the program under test")
+    parser.add_argument(
+        "--inspector", default="", help="TaVekInspect, to foretell each batch; not when not given"
+    )
     parser.add_argument("--emulator", default="", help="what starts a Windows program here")
     parser.add_argument(
         "--tar", default="", help="the tar program to lay beside it; the system's when not given"
@@ -29,6 +32,7 @@ def main():
     sys.dont_write_bytecode = True
     sys.path.insert(0, str(here))
     os.environ["TAVEK_PROGRAM"] = os.path.abspath(options.program)
+    os.environ["TAVEK_INSPECTOR"] = os.path.abspath(options.inspector) if options.inspector else ""
     os.environ["TAVEK_EMULATOR"] = options.emulator
     os.environ["TAVEK_TAR"] = options.tar
     modules = options.modules or sorted(path.stem[:-5] for path in here.glob("*_test.py"))

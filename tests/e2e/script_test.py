@@ -77,6 +77,13 @@ class NewEntry(Adding):
         added = "".join("\t" + line + "\r\n" for line in lines)
         self.expect_script(before, before.replace("</Startup>", added + "</Startup>"))
 
+    def test_a_script_without_declaration_keeps_its_own_layout(self):
+        before = "<Startup>\n\t<File name='/a' source='a'/>\n</Startup>\n"
+        added = "".join("\t" + line + "\n" for line in NEW.replace("  ", "\t").splitlines())
+        for head in ("", "<?xml version='1.0'?>"):
+            after = before.replace("</Startup>", added + "</Startup>")
+            self.expect_script(head + before, head + after)
+
     def test_a_script_on_one_line_stays_on_one_line(self):
         before = '<S><File name="/a" source="a"/></S>'
         flat = "".join(line.strip() for line in NEW.splitlines())

@@ -99,13 +99,13 @@ class Copying(UserTools):
         )
 
     def test_the_directory_of_a_resource_is_created(self):
-        for kind in ("Resource", "RESOURCE", "resource"):
-            deep = f"{kind}-x/deep"
+        for number, kind in enumerate(("Resource", "RESOURCE", "resource")):
+            deep = f"{number}-x/deep"
             self.expect_added(
                 [entry(kind, "a.dll", deep + "/a.dat")],
                 copied(deep + "/a.dat"),
                 {
-                    f"tools/{kind}-x": DIRECTORY,
+                    f"tools/{number}-x": DIRECTORY,
                     "tools/" + deep: DIRECTORY,
                     f"tools/{deep}/a.dat": "content of a.dll",
                 },
@@ -169,6 +169,27 @@ class Failure(UserTools):
         batch = self.add(entry("Resource", "a.dll", "plugins/a.dat"))
         message = located("TaVekUtils_AddPackages", -5, combined("tools", "plugins") + ": File exists")
         self.check_batch(**batch, stdout=processing("tools"), status=1, stderr=archive_failed(message))
+
+    @unittest.skipIf(ON_WINDOWS, "no such permissions there")
+    def test_a_resource_whose_directory_may_not_be_created(self):
+        batch = self.add(entry("Resource", "a.dll", "plugins/a.dat"))
+        message = located("TaVekUtils_AddPackages", -5, "tools/plugins: Permission denied")
+        self.check_batch(
+            **batch, stdout=processing("tools"), status=1, stderr=archive_failed(message), unprivileged=True
+        )
+
+    @unittest.skipIf(ON_WINDOWS, "no such permissions there")
+    def test_a_source_that_may_not_be_read(self):
+        batch = self.add(entry("VekApp", "a.dll", "a.dll"))
+        os.chmod(self.path("pkgs/new/a.dll"), 0)
+        message = located("TaVekUtil_InjectFile", -5, "pkgs/new/a.dll: Permission denied")
+        self.check_batch(
+            **batch,
+            stdout=processing("tools"),
+            stderr=copy_failed(message) + archive_failed(message),
+            status=1,
+            unprivileged=True,
+        )
 
     @unittest.skipIf(ON_WINDOWS, "no such permissions there")
     def test_a_directory_that_may_not_be_written(self):

@@ -1,9 +1,10 @@
 // Loads any bytes as a container. One that loads is looked into, edited, saved and loaded again: every member
-// that could be read must read the same afterwards, and a second save must give the same bytes.
+// that could be read must read the same afterwards, one that could not must not read then either, a damaged
+// one must have stopped the save, and a second save must give the same bytes.
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -35,22 +36,28 @@ std::vector<std::string> namesIn(const std::string& path) {
     return names;
 }
 
-/// The member's bytes; nothing when it is encrypted, damaged or of an unknown method.
-std::optional<std::string> contentOf(zHandle archive, const std::string& name) {
+/// What looking into a member gives: its bytes, or why there are none.
+struct Seen {
+    zStatus status = zStatus_Success;
+    std::string bytes;
+    bool operator==(const Seen&) const = default;
+};
+
+Seen contentOf(zHandle archive, const std::string& name) {
     std::int64_t index = 0;
     const zStatus status = zArchive_Find(archive, name.c_str(), &index);
     if (status != zStatus_Success) {
         require(status == zStatus_Malformed || status == zStatus_Unsupported);
         require(!failure::detailOf(status).empty());
-        return std::nullopt;
+        return {status, {}};
     }
     const char* bytes = static_cast<const char*>(zArchive_FileData(archive, index));
     const auto size = static_cast<std::size_t>(zArchive_FileSize(archive, index));
     require(bytes[size] == 0);
-    return std::string(bytes, size);
+    return {zStatus_Success, std::string(bytes, size)};
 }
 
-using Contents = std::vector<std::optional<std::string>>;
+using Contents = std::vector<Seen>;
 
 Contents contentsOf(zHandle archive, const std::vector<std::string>& names) {
     Contents contents;
@@ -59,7 +66,7 @@ Contents contentsOf(zHandle archive, const std::vector<std::string>& names) {
 }
 
 void edit(zHandle archive, std::vector<std::string>& names, Contents& contents) {
-    const std::string added = "added\0by the test";
+    static const std::string added("added\0by the test", 17);
     if (names.size() > 1) {
         require(zArchive_DeleteFile(archive, names.front().c_str()) == zStatus_Success);
         names.erase(names.begin());
@@ -73,7 +80,7 @@ void edit(zHandle archive, std::vector<std::string>& names, Contents& contents) 
     }
     require(zArchive_AddData(archive, added.data(), added.size(), name.c_str(), 0) == zStatus_Success);
     names.push_back(name);
-    contents.emplace_back(added);
+    contents.push_back({zStatus_Success, added});
 }
 
 }  // namespace
@@ -91,8 +98,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Contents contents = contentsOf(original.handle, names);
     edit(original.handle, names, contents);
 
-    const std::string saved = scratch.path("saved");
-    if (zArchive_Save(original.handle, saved.c_str()) != zStatus_Success) return 0;
+    const bool isDamaged = std::any_of(contents.begin(), contents.end(), [](const Seen& content) {
+        return content.status == zStatus_Malformed;
+    });
+    const std::string saved = scratch.write("saved", "before");
+    const zStatus status = zArchive_Save(original.handle, saved.c_str());
+    require(status == (isDamaged ? zStatus_Malformed : zStatus_Success));
+    if (isDamaged) {
+        require(scratch.read("saved") == "before");
+        return 0;
+    }
     const Holder again;
     require(zArchive_Load(again.handle, saved.c_str()) == zStatus_Success);
     require(namesIn(saved) == names);

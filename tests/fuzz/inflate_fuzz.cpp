@@ -60,21 +60,22 @@ Result decode(const Bytes& stream, std::size_t pieceSize) {
 
 #ifdef TAVEK_ZLIB
 void compareWithZlib(const Bytes& stream, const Result& mine) {
+    static Bytes content(longestOutput + 1);
     z_stream other{};
     require(inflateInit2(&other, -15) == Z_OK);
-    Bytes content(longestOutput + 64 * 1024 * 1024 / 16);
     other.next_in = const_cast<Bytef*>(stream.data());
     other.avail_in = static_cast<uInt>(stream.size());
     other.next_out = content.data();
     other.avail_out = static_cast<uInt>(content.size());
     const int result = inflate(&other, Z_FINISH);
-    content.resize(other.total_out);
+    const std::size_t size = other.total_out;
     const std::uint64_t consumed = other.total_in;
     inflateEnd(&other);
     if (mine.verdict == inflation::Verdict::outputRefused) {
-        require(content.size() > longestOutput);
+        require(size > longestOutput);
     } else if (mine.verdict == inflation::Verdict::complete) {
-        require(result == Z_STREAM_END && content == mine.content && consumed == mine.consumed);
+        require(result == Z_STREAM_END && consumed == mine.consumed && size == mine.content.size());
+        require(std::equal(mine.content.begin(), mine.content.end(), content.begin()));
     } else {
         require(result != Z_STREAM_END);
     }
@@ -88,12 +89,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Bytes stream(data + 1, data + size);
     const Result whole = decode(stream, stream.size());
     const Result pieces = decode(stream, std::size_t{data[0]} + 1);
-    require(whole.verdict == pieces.verdict && whole.content == pieces.content);
+    require(whole.verdict == pieces.verdict);
     if (whole.verdict == inflation::Verdict::complete) {
+        require(whole.content == pieces.content);
         require(whole.consumed == pieces.consumed && whole.consumed <= stream.size());
     } else if (whole.verdict != inflation::Verdict::outputRefused) {
         require(*inflation::phraseOf(whole.verdict) != 0);
     }
+    // Before a fault one may have handed out more than the other.
+    const std::size_t both = std::min(whole.content.size(), pieces.content.size());
+    require(std::equal(whole.content.begin(), whole.content.begin() + static_cast<std::ptrdiff_t>(both),
+                       pieces.content.begin()));
 #ifdef TAVEK_ZLIB
     compareWithZlib(stream, whole);
 #endif

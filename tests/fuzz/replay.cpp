@@ -22,7 +22,8 @@ void replay(const std::filesystem::path& file) {
 int main(int count, char** words) {
     int replayed = 0;
     for (int i = 1; i < count; ++i) {
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(words[i])) {
+        for (const auto& entry :
+             std::filesystem::recursive_directory_iterator(std::filesystem::absolute(words[i]))) {
             if (!entry.is_regular_file()) continue;
             replay(entry.path());
             ++replayed;

@@ -56,23 +56,26 @@ zXmlItem pickItem(Dice& dice, zHandle document) {
     return item;
 }
 
-/// What was set must read back the same, unless it was refused.
-void setAndRead(Dice& dice, zHandle document, zXmlItem item) {
+/// What was set must read back the same, unless it was refused, which is answered.
+zStatus setAndRead(Dice& dice, zHandle document, zXmlItem item) {
     char buffer[64] = "kept";
     const char* text = pick(dice, texts);
     const char* name = pick(dice, names);
     if (dice.roll(2) == 0) {
-        if (zXml_SetAttrText(document, item, name, text) != zStatus_Success) return;
+        const zStatus status = zXml_SetAttrText(document, item, name, text);
+        if (status != zStatus_Success) return status;
         require(zXml_AttrText(document, item, name, buffer, sizeof buffer) == zStatus_Success,
                 "attribute lost");
         require(std::string_view(buffer) == text, "attribute reads otherwise than it was written");
     } else {
-        if (zXml_SetItemText(document, item, text) != zStatus_Success) return;
+        const zStatus status = zXml_SetItemText(document, item, text);
+        if (status != zStatus_Success) return status;
         require(zXml_ItemText(document, item, buffer, sizeof buffer) == zStatus_Success, "text lost");
         const bool isBlank = std::string_view(text).find_first_not_of(" \t\r\n") == std::string_view::npos;
         require(std::string_view(buffer) == (isBlank ? "" : text),
                 "text reads otherwise than it was written");
     }
+    return zStatus_Success;
 }
 
 /// An element that is added, and filled, and deleted again leaves the bytes as they were.
@@ -85,36 +88,38 @@ void addAndDelete(Dice& dice, zHandle document, zXmlItem parent) {
         isCopied ? zXml_CopyItem(document, parent, place, document, pickItem(dice, document), &added)
                  : zXml_AddItem(document, parent, pick(dice, names), &added);
     if (status != zStatus_Success) return;
-    setAndRead(dice, document, added);
+    static_cast<void>(setAndRead(dice, document, added));
     require(zXml_DeleteItem(document, added) == zStatus_Success, "an added element cannot be deleted");
     require(savedBytes(document) == before, "adding and deleting left a trace");
     require(zXml_DeleteItem(document, added) == zStatus_BadArgument, "a dead element can be deleted");
 }
 
-void change(Dice& dice, zHandle document) {
+zStatus edit(Dice& dice, zHandle document, bool isLarge) {
     zXmlItem item = pickItem(dice, document);
     // Copies of copies grow fast.
-    const bool isLarge = savedBytes(document).size() > 20'000;
     switch (isLarge ? 2 : dice.roll(6)) {
         case 0:
-            static_cast<void>(zXml_AddItem(document, item, pick(dice, names), nullptr));
-            break;
+            return zXml_AddItem(document, item, pick(dice, names), nullptr);
         case 1:
             if (item != nullptr) addAndDelete(dice, document, item);
-            break;
+            return zStatus_Success;
         case 2:
-            if (item != zXml_Root(document) || dice.roll(8) == 0)
-                static_cast<void>(zXml_DeleteItem(document, item));
-            break;
+            if (item == zXml_Root(document) && dice.roll(8) != 0) return zStatus_Success;
+            return zXml_DeleteItem(document, item);
         case 3: {
             zXmlItem before = dice.roll(2) == 0 ? zXml_FirstChild(document, item) : nullptr;
-            static_cast<void>(
-                zXml_CopyItem(document, item, before, document, pickItem(dice, document), nullptr));
-            break;
+            return zXml_CopyItem(document, item, before, document, pickItem(dice, document), nullptr);
         }
         default:
-            if (item != nullptr) setAndRead(dice, document, item);
+            return item == nullptr ? zStatus_Success : setAndRead(dice, document, item);
     }
+}
+
+/// Makes an edit; one that is refused must leave no trace.
+void change(Dice& dice, zHandle document) {
+    const std::string before = savedBytes(document);
+    if (edit(dice, document, before.size() > 20'000) != zStatus_Success)
+        require(savedBytes(document) == before, "a refused edit left a trace");
 }
 
 void checkReread(zHandle document) {

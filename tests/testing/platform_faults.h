@@ -11,7 +11,7 @@
 namespace testing {
 
 /// As long as it lives, `operation` ("zXml_Save") answers `status` without doing anything: from its call
-/// number `call` on, counted from now. One at a time.
+/// number `call` on, counted from now; "zStrCopy", whose status nobody looks at, raises it. One at a time.
 class Fault {
   public:
     Fault(const std::string& operation, zStatus status, std::size_t call = 1);

@@ -1,7 +1,6 @@
 #include "tests/testing/xml_tree.h"
 
-#include "platform/xml/characters.h"
-#include "platform/xml/document.h"
+#include "platform/xml/operations.h"
 #include "platform/xml/values.h"
 
 namespace testing {
@@ -18,9 +17,8 @@ std::string describe(const xml::Item& item) {
             .append(xml::readValue(attribute.value))
             .append("]");
     }
-    xml::TextReader reader;
-    xml::eachOfContent(item, [&](std::string_view text) { reader.read(text); });
-    if (!xml::isBlank(reader.text())) line.append(" \"").append(reader.text()).append("\"");
+    if (const std::string text = xml::itemText(item); !text.empty())
+        line.append(" \"").append(text).append("\"");
     return line;
 }
 

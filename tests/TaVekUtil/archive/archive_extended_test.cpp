@@ -109,6 +109,14 @@ TEST(ArchiveExtended, reportsAContainerThatCannotBeConstructed) {
     EXPECT_EQ(archive.archive.get(), nullptr);
 }
 
+TEST(ArchiveExtended, reportsAFileNameThatDoesNotFitUnderTheManifestsName) {
+    const ScratchDirectory scratch;
+    const std::string path = writeArchive(scratch.path("a.pkg"), {{"script.xml", sensorScript}});
+    // No file system here takes a name of 256 characters.
+    const testing::Fault fault("zPath_FileName", zStatus_DoesNotFit);
+    EXPECT_THAT(raised([&] { load(path); }), IsLocated("TaVekUtils_GetUnifiedManifest", zStatus_DoesNotFit));
+}
+
 TEST(ArchiveExtended, keepsThePathOfAFailedLoad) {
     ArchiveExtended archive;
     raised([&] { archive.Load("no/such.pkg"); });

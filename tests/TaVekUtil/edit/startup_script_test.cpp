@@ -2,67 +2,31 @@
 
 #include <gmock/gmock.h>
 
-#include "tests/testing/archive_fixture.h"
-#include "tests/testing/captured_output.h"
 #include "tests/testing/platform_faults.h"
 #include "tests/testing/raised.h"
-#include "tests/testing/scratch_directory.h"
-#include "tests/testing/xml_fixture.h"
+#include "tests/testing/script_fixture.h"
 
 namespace {
 
 using testing::callsOf;
-using testing::CapturedOutput;
 using testing::compact;
 using testing::ElementsAre;
 using testing::Fault;
+using testing::fileEntry;
 using testing::IsLocated;
 using testing::Member;
 using testing::raised;
 using testing::ScratchDirectory;
+using testing::Script;
 
 constexpr const char* injection = "TaVekUtil_InjectFile";
 constexpr const char* deletion = "TaVekUtil_DeletePreviousFiles";
-constexpr const char* removal = "TaVekUtils_ScriptXmlRemoveAndGetSource";
 constexpr const char* failureLine = "err: TaVekUtil: Failed injecting files into upgrade package.";
 
-const std::vector<std::string> controllers{"R6", "R8"};
+// What the fixture names unless it is told otherwise.
 const std::string listedControllers =
     "<Or><Eq property=\"Controller\" value=\"R6\"/>"
     "<Eq property=\"Controller\" value=\"R8\"/></Or>";
-
-/// An archive with a start-up script, and what editing it says.
-struct Script {
-    ScratchDirectory scratch;
-    Ta::Object<void*> archive;
-    CapturedOutput output;
-
-    explicit Script(const std::string& script, std::vector<Member> members = {}) {
-        members.insert(members.begin(), {"script.xml", script});
-        archive = testing::container(members);
-    }
-
-    void inject(const std::string& name, const std::string& source, const std::string& content = "content",
-                const std::vector<std::string>& models = controllers) {
-        const std::string file = scratch.write("file", content);
-        TaVekUtil_InjectFile(file.c_str(), source.c_str(), name.c_str(), models, archive.get());
-    }
-    /// Removes the entry `name`; answers its source, "(untouched)" when the buffer was left alone.
-    std::string remove(const std::string& name) {
-        char source[512] = "(untouched)";
-        TaVekUtils_ScriptXmlRemoveAndGetSource(archive.get(), name.c_str(), source, sizeof source,
-                                               zAllocator_Application());
-        return source;
-    }
-    std::string text() const { return compact(member("script.xml")); }
-    std::string member(const std::string& name) const { return testing::memberContent(archive.get(), name); }
-    bool holds(const std::string& name) const { return testing::hasMember(archive.get(), name); }
-    std::vector<std::string> members() const { return testing::memberNames(archive.get()); }
-};
-
-std::string fileEntry(const std::string& name, const std::string& source) {
-    return "<File name=\"" + name + "\" source=\"" + source + "\"/>";
-}
 
 // ---- Injection ------------------------------------------------------------------------------------------
 
@@ -236,139 +200,6 @@ TEST(InjectFile, refusesOtherBytesUnderATakenMemberName) {
     EXPECT_THAT(script.output.lines(), ElementsAre(failureLine));
 }
 
-// ---- Deleting earlier entries ---------------------------------------------------------------------------
-
-struct Deletion {
-    Ta::Object<void*> archive;
-    std::shared_ptr<StartupScript> script;
-
-    explicit Deletion(const std::string& text)
-        : archive(testing::container({{"script.xml", text}, {"data/1", ""}, {"data/2", ""}})),
-          script(StartupScript::of(archive.get(), "test")) {}
-    zStatus run(const char* name, bool ignoreCase) {
-        return TaVekUtil_DeletePreviousFiles(*script, archive.get(), name, ignoreCase);
-    }
-    std::string text() const { return compact(script->document()); }
-};
-
-TEST(DeletePreviousFiles, regardsLetterCaseWhenAskedTo) {
-    const std::string text = "<S>" + fileEntry("A", "data/1") + fileEntry("a", "data/2") + "</S>";
-    Deletion exact(text);
-    EXPECT_EQ(exact.run("a", false), zStatus_Success);
-    EXPECT_EQ(exact.text(), "<S>" + fileEntry("A", "data/1") + "</S>");
-    EXPECT_TRUE(testing::hasMember(exact.archive.get(), "data/1"));
-
-    Deletion any(text);
-    EXPECT_EQ(any.run("a", true), zStatus_Success);
-    EXPECT_EQ(any.text(), "<S/>");
-    EXPECT_FALSE(testing::hasMember(any.archive.get(), "data/1"));
-}
-
-TEST(DeletePreviousFiles, succeedsWhenNothingMatches) {
-    Deletion none("<S><File/></S>");
-    EXPECT_EQ(none.run("a", true), zStatus_Success);
-    EXPECT_EQ(none.text(), "<S><File/></S>");
-}
-
-TEST(DeletePreviousFiles, deletesElementsOnlyAfterTheWalk) {
-    Deletion twice("<S>" + fileEntry("a", "data/1") + fileEntry("a", "data/2") + "</S>");
-    const Fault fault("zArchive_DeleteFile", zStatus_IoError, 2);
-    EXPECT_THAT(raised([&] { static_cast<void>(twice.run("a", true)); }),
-                IsLocated(deletion, zStatus_IoError));
-    EXPECT_FALSE(testing::hasMember(twice.archive.get(), "data/1")) << "members go at once";
-    EXPECT_EQ(twice.text(), "<S>" + fileEntry("a", "data/1") + fileEntry("a", "data/2") + "</S>");
-}
-
-// ---- Removal --------------------------------------------------------------------------------------------
-
-TEST(RemoveEntry, takesTheFirstOfThatExactNameAndAnswersItsSource) {
-    Script script(
-        "<S>" + fileEntry("A", "data/0") + fileEntry("a", "data/1") + fileEntry("a", "data/2") + "</S>",
-        {{"data/1", "stays"}});
-    EXPECT_EQ(script.remove("a"), "data/1");
-    EXPECT_EQ(script.text(), "<S>" + fileEntry("A", "data/0") + fileEntry("a", "data/2") + "</S>");
-    EXPECT_THAT(script.members(), ElementsAre("data/1", "script.xml"));
-    EXPECT_THAT(script.output.lines(), ElementsAre());
-}
-
-TEST(RemoveEntry, rewritesTheScriptAndLeavesTheBufferAloneWhenNothingMatches) {
-    Script script("<S>" + fileEntry("a", "data/1") + "</S>", {{"data/1", ""}});
-    EXPECT_EQ(script.remove("A"), "(untouched)");
-    EXPECT_EQ(script.text(), "<S>" + fileEntry("a", "data/1") + "</S>");
-    EXPECT_THAT(script.members(), ElementsAre("data/1", "script.xml")) << "written anew";
-}
-
-TEST(RemoveEntry, looksAtFileElementsAlone) {
-    Script script(
-        "<S><Other name='a' source='data/1'/><file name='a' source='data/2'/>"
-        "<File name='a' source='data/3'/></S>");
-    EXPECT_EQ(script.remove("a"), "data/3");
-    EXPECT_EQ(script.remove("a"), "(untouched)");
-}
-
-TEST(RemoveEntry, worksOnAScriptWithoutEntries) {
-    Script script("<S/>");
-    EXPECT_EQ(script.remove("a"), "(untouched)");
-    EXPECT_EQ(script.text(), "<S/>");
-}
-
-TEST(RemoveEntry, endsAtAnUnreadableNameBeforeTheMatch) {
-    const std::string tooLong(256, 'n');
-    for (const std::string& unreadable : {std::string("<File/>"), "<File name='" + tooLong + "'/>",
-                                          "<File name='" + tooLong + tooLong + "'/>"}) {
-        const zStatus status = unreadable == "<File/>" ? zStatus_NotFound : zStatus_DoesNotFit;
-        Script before("<S>" + unreadable + fileEntry("a", "data/1") + "</S>");
-        EXPECT_THAT(raised([&] { before.remove("a"); }), IsLocated(removal, status));
-        EXPECT_EQ(before.text(), "<S>" + compact(unreadable) + fileEntry("a", "data/1") + "</S>");
-        EXPECT_THAT(before.output.lines(), ElementsAre()) << "the caller speaks";
-
-        Script behind("<S>" + fileEntry("a", "data/1") + unreadable + "</S>");
-        EXPECT_EQ(behind.remove("a"), "data/1");
-        EXPECT_THAT(raised([&] { behind.remove("a"); }), IsLocated(removal, status));
-    }
-}
-
-TEST(RemoveEntry, readsNamesAndSourcesOfUpTo255Characters) {
-    const std::string longest(255, 'n');
-    Script script("<S>" + fileEntry(longest, longest) + fileEntry("a", longest + "n") + "</S>");
-    EXPECT_EQ(script.remove(longest), longest);
-    EXPECT_THAT(raised([&] { script.remove("a"); }), IsLocated(removal, zStatus_DoesNotFit));
-
-    Script longer("<S>" + fileEntry(longest + "n", "data/1") + "</S>");
-    EXPECT_THAT(raised([&] { longer.remove(longest + "n"); }), IsLocated(removal, zStatus_DoesNotFit));
-}
-
-TEST(RemoveEntry, needsASource) {
-    Script script("<S><File name='a'/></S>");
-    EXPECT_THAT(raised([&] { script.remove("a"); }), IsLocated(removal, zStatus_NotFound));
-}
-
-TEST(RemoveEntry, needsAScriptThatIsXml) {
-    Script broken("<S>");
-    EXPECT_THAT(raised([&] { broken.remove("a"); }), IsLocated(removal, zStatus_Malformed));
-    broken.archive = testing::container({});
-    EXPECT_THAT(raised([&] { broken.remove("a"); }), IsLocated(removal, zStatus_NotFound));
-}
-
-TEST(RemoveEntry, reportsAFailingDeletion) {
-    Script script("<S>" + fileEntry("a", "data/1") + "</S>");
-    {
-        const Fault fault("zXml_DeleteItem", zStatus_NoMemory);
-        EXPECT_THAT(raised([&] { script.remove("a"); }), IsLocated(removal, zStatus_NoMemory));
-    }
-    const Fault fault("zArchive_DeleteFile", zStatus_NoMemory);
-    EXPECT_THAT(raised([&] { script.remove("none"); }), IsLocated(removal, zStatus_NoMemory));
-}
-
-TEST(RemoveEntry, needsRoomForTheSource) {
-    Script script("<S>" + fileEntry("a", "data/1") + "</S>");
-    char source[1] = {'x'};
-    EXPECT_THAT(raised([&] {
-                    TaVekUtils_ScriptXmlRemoveAndGetSource(script.archive.get(), "a", source, 0, nullptr);
-                }),
-                IsLocated(removal, zStatus_BadArgument));
-}
-
 // ---- The live script ------------------------------------------------------------------------------------
 
 TEST(StartupScript, reportsAFailedSerialisationWhenSomebodyLooks) {
@@ -412,7 +243,7 @@ TEST(StartupScript, isSerialisedOncePerSaveHoweverManyFilesAreInjected) {
     for (int i = 0; i < files; ++i) {
         const std::string number = std::to_string(i);
         TaVekUtil_InjectFile(file.c_str(), ("data/12345-" + number).c_str(), ("/new/" + number).c_str(),
-                             controllers, script.archive.get());
+                             {"R6"}, script.archive.get());
     }
     EXPECT_EQ(callsOf("zXml_SaveBytes") - before, 0u);
     const std::string saved = testing::savedBytes(script.archive.get());

@@ -8,6 +8,7 @@ import subprocess
 from dataclasses import dataclass
 
 PROGRAM = os.environ.get("TAVEK_PROGRAM", "")
+INSPECTOR = os.environ.get("TAVEK_INSPECTOR", "")
 EMULATOR = os.environ.get("TAVEK_EMULATOR", "").split()
 TAR = os.environ.get("TAVEK_TAR", "") or shutil.which("tar")
 
@@ -37,7 +38,9 @@ class Result:
 
 def environment():
     kept = ("PATH", "HOME", "WINEPREFIX", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LLVM_PROFILE_FILE")
-    return {"LC_ALL": "C", "WINEDEBUG": "-all", **{key: os.environ[key] for key in kept if key in os.environ}}
+    # Wine takes the arguments to be in the encoding of the locale.
+    locale = "C.UTF-8" if ON_WINDOWS else "C"
+    return {"LC_ALL": locale, "WINEDEBUG": "-all", **{key: os.environ[key] for key in kept if key in os.environ}}
 
 
 def limits(file_size):
@@ -51,7 +54,7 @@ def limits(file_size):
 
 def start(program, arguments, directory, file_size=None, unprivileged=False, merged=False):
     """Runs the program in `directory`. `file_size` limits what a written file may hold, `merged` puts both
-    output streams into one, `unprivileged` takes root's rights away."""
+    output streams into one, `unprivileged` takes root's rights away when this is root."""
     other_user = (
         {"user": NOBODY, "group": NOBODY, "extra_groups": []} if unprivileged and os.getuid() == 0 else {}
     )
@@ -79,11 +82,9 @@ def text(output):
 def install(directory):
     """Copies the program into `directory`, with the tar program beside it; answers the program's path."""
     os.makedirs(directory, exist_ok=True)
-    program = os.path.join(directory, os.path.basename(PROGRAM))
-    try:
-        os.link(installed_once(), program)
-    except OSError:
-        shutil.copy2(PROGRAM, program)
+    program = lay(PROGRAM, directory)
+    if INSPECTOR:
+        lay(INSPECTOR, directory)
     if ON_WINDOWS:
         shutil.copy2(TAR, os.path.join(directory, "tar.exe"))
     else:
@@ -91,17 +92,27 @@ def install(directory):
     return program
 
 
-_copy = None
+def lay(original, directory):
+    """Puts a program into `directory`; answers its path."""
+    program = os.path.join(directory, os.path.basename(original))
+    try:
+        os.link(installed_once(original), program)
+    except OSError:
+        shutil.copy2(original, program)
+    return program
 
 
-def installed_once():
-    """One copy of the program where every user may run it; the tests' own are links to it."""
-    global _copy
-    if _copy is None:
-        _copy = os.path.join(scratch_root(), os.path.basename(PROGRAM))
-        shutil.copy2(PROGRAM, _copy)
-        os.chmod(_copy, 0o755)
-    return _copy
+_copies = {}
+
+
+def installed_once(original):
+    """One copy of a program where every user may run it; the tests' own are links to it."""
+    if original not in _copies:
+        copy = os.path.join(scratch_root(), os.path.basename(original))
+        shutil.copy2(original, copy)
+        os.chmod(copy, 0o755)
+        _copies[original] = copy
+    return _copies[original]
 
 
 _scratch = None

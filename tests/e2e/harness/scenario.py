@@ -1,5 +1,6 @@
 """A scenario: files laid out in a scratch directory, one run of the program, and everything it may leave behind."""
 
+import contextlib
 import os
 import shutil
 import stat
@@ -8,7 +9,8 @@ import tempfile
 import unittest
 from dataclasses import dataclass
 
-from . import documents, program, zip_builder
+from . import documents, program, schemas, zip_builder
+from .foresight import Foresight
 from .zip_walker import Contents, Malformed
 
 HOST_TIME = 1_500_000_000
@@ -34,23 +36,51 @@ def state_of(path):
     if stat.S_ISLNK(status.st_mode):
         content = os.readlink(path).encode()
     elif stat.S_ISREG(status.st_mode):
-        with open(path, "rb") as file:
-            content = file.read()
+        content = content_of(path, status.st_mode)
     # A directory's time changes with what comes and goes in it, temporary files among them.
     time = status.st_mtime_ns if stat.S_ISREG(status.st_mode) else 0
     return State(kind, stat.S_IMODE(status.st_mode), time, content)
+
+
+def content_of(path, mode):
+    try:
+        with open(path, "rb") as file:
+            return file.read()
+    except PermissionError:
+        os.chmod(path, 0o600)
+        try:
+            with open(path, "rb") as file:
+                return file.read()
+        finally:
+            os.chmod(path, stat.S_IMODE(mode))
+
+
+@contextlib.contextmanager
+def write_protected(root):
+    """As long as it lasts, nothing can be written into the directories of `root` but those open to everybody."""
+    modes = {directory: stat.S_IMODE(os.stat(directory).st_mode) for directory, _, _ in os.walk(root)}
+    protected = {directory: mode for directory, mode in modes.items() if not mode & stat.S_IWOTH}
+    for directory, mode in protected.items():
+        os.chmod(directory, mode & ~0o222)
+    try:
+        yield
+    finally:
+        for directory, mode in protected.items():
+            os.chmod(directory, mode)
 
 
 class Scenario(unittest.TestCase):
     """The working directory of the run is `root`; the program lies in host/bin/win64, as it is installed."""
 
     maxDiff = None
+    foreseeable = True  # False where what happens cannot be known before
 
     def setUp(self):
         self.root = tempfile.mkdtemp(dir=program.scratch_root())
         self.addCleanup(shutil.rmtree, self.root, ignore_errors=True)
         os.chmod(self.root, 0o755)
-        self.program = program.install(self.path("host/bin/win64"))
+        self.programs = self.path("host/bin/win64")
+        self.program = program.install(self.programs)
 
     # ---- Fixtures ----------------------------------------------------------------------------------------
 
@@ -114,12 +144,19 @@ class Scenario(unittest.TestCase):
 
         `files` names what may differ afterwards: bytes or text for a file's content, Contents for an archive,
         None for any content, DIRECTORY for a new directory, GONE for what is removed. Everything else must be
-        as it was: bytes, mode and modification time.
+        as it was: bytes, mode and modification time. A batch is planned before it runs, and what was foretold is
+        compared, too, unless the test is not `foreseeable`.
         """
+        foresight = Foresight(self, arguments, **options)
         before = self.snapshot()
-        result = program.start(self.program, arguments, self.root, **options)
+        rights = write_protected(self.root) if options.get("unprivileged") else contextlib.nullcontext()
+        with rights:
+            result = program.start(self.program, arguments, self.root, **options)
         self.compare_streams(result, stdout, stderr, status)
-        self.compare_files(before, self.snapshot(), files or {})
+        after = self.snapshot()
+        self.compare_files(before, after, files or {})
+        self.assertEqual(schemas.complaints(before, after), [])
+        foresight.compare(result)
 
     def check_batch(
         self,

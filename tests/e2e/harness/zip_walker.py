@@ -167,7 +167,7 @@ def member(blob, central, offset):
     end = data + packed_size(central)
     descriptor = b""
     if central["flags"] & 8:
-        length = 20 if local["packed"] == 0xFFFFFFFF else 12
+        length = 12 if zip64_record(local["extra"]) is None else 20
         descriptor = blob[end : end + length + (4 if blob[end : end + 4] == b"PK\7\x08" else 0)]
     return Entry(name, central, local, blob[data:end], descriptor), end + len(descriptor)
 
@@ -175,11 +175,17 @@ def member(blob, central, offset):
 def packed_size(central):
     if central["packed"] != 0xFFFFFFFF:
         return central["packed"]
+    record = zip64_record(central["extra"])
+    require(record is not None, "no ZIP64 size")
+    return struct.unpack_from("<Q", record, 8 if central["size"] == 0xFFFFFFFF else 0)[0]
+
+
+def zip64_record(extra):
+    """What the ZIP64 record among the extra fields holds; None without one."""
     at = 0
-    while at + 4 <= len(central["extra"]):
-        tag, length = struct.unpack_from("<HH", central["extra"], at)
+    while at + 4 <= len(extra):
+        tag, length = struct.unpack_from("<HH", extra, at)
         if tag == 1:
-            skip = 8 if central["size"] == 0xFFFFFFFF else 0
-            return struct.unpack_from("<Q", central["extra"], at + 4 + skip)[0]
+            return extra[at + 4 : at + 4 + length]
         at += 4 + length
-    raise Malformed("no ZIP64 size")
+    return None

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "platform/base/failure.h"
+#include "platform/os/os.h"
 #include "tests/testing/scratch_directory.h"
 
 namespace {
@@ -84,6 +85,33 @@ TEST(FileLoad, endsInAStatusWhenMemoryIsExhausted) {
     std::size_t size = 0;
     EXPECT_EQ(zFile_Load(scratch.write("a", "abc").c_str(), &data, &size, &refusing), zStatus_NoMemory);
     EXPECT_EQ(data, nullptr);
+}
+
+// Linux shows what a running program is as files: some tell no size, one opens and then refuses to be read.
+class SystemFile : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (os::pathSeparator == '\\') GTEST_SKIP() << "no such files there";
+    }
+    const ScratchDirectory scratch;
+};
+
+TEST_F(SystemFile, isReadWholeThoughItTellsNoSize) {
+    const std::string maps = load("/proc/self/maps");
+    EXPECT_GT(maps.size(), 1000u);
+    EXPECT_EQ(maps.back(), '\n');
+}
+
+TEST_F(SystemFile, thatCannotBeReadTellsSo) {
+    Ta::Buffer buffer;
+    EXPECT_EQ(zFile_Load("/proc/self/mem", buffer.data(), buffer.size(), nullptr), zStatus_IoError);
+    EXPECT_EQ(buffer.bytes(), nullptr);
+    EXPECT_EQ(detail(zStatus_IoError), "/proc/self/mem: Input/output error");
+    const std::string target = scratch.write("target", "old");
+    EXPECT_EQ(zFile_Copy("/proc/self/mem", target.c_str()), zStatus_IoError);
+    EXPECT_EQ(detail(zStatus_IoError), "/proc/self/mem: Input/output error");
+    EXPECT_EQ(scratch.read("target"), "old");
+    EXPECT_THAT(scratch.entries(), ElementsAre("target"));
 }
 
 TEST(FileSave, writesAndReplaces) {

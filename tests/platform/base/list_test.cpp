@@ -41,6 +41,10 @@ TEST_F(List, grows) {
     EXPECT_STREQ(zArrayList_String(list.get(), 9'999), "9999");
 }
 
+TEST_F(List, isCalledSoInTheLeakReport) {
+    EXPECT_STREQ(static_cast<zObject*>(list.get())->kind(), "string list");
+}
+
 TEST(ListHandle, thatIsNoneIsAnEmptyList) {
     EXPECT_EQ(zArrayList_Count(nullptr), 0u);
     EXPECT_EQ(zArrayList_String(nullptr, 0), nullptr);

@@ -60,4 +60,15 @@ TEST(FileType, takesNamesInUtf8) {
     EXPECT_EQ(typeOf(scratch.write("größe-日本-😀.txt", "")), FileType::regular);
 }
 
+TEST(ThroughAFile, nothingIsFound) {
+    const ScratchDirectory scratch;
+    const std::string below = scratch.write("a.txt", "") + "/b.txt";
+    os::InputFile input;
+    EXPECT_EQ(input.open(below), std::errc::not_a_directory);
+    EXPECT_EQ(input.open(below + "/c.txt"), std::errc::not_a_directory);
+    os::OutputFile output;
+    EXPECT_EQ(output.open(below), std::errc::not_a_directory);
+    EXPECT_EQ(os::removeFile(below), std::errc::not_a_directory);
+}
+
 }  // namespace

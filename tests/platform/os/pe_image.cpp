@@ -138,7 +138,7 @@ void optionalHeader(Bytes& file, const PeImage& image, std::uint32_t resources, 
     file.address(image.is64Bit, 0x400000);    // image base
     file.u32(sectionAlignment);
     file.u32(0x200);  // file alignment
-    for (const std::uint32_t version : {6, 0, 0, 0, 6, 0}) file.u16(version);
+    for (const std::uint32_t version : {6u, 0u, 0u, 0u, 6u, 0u}) file.u16(version);
     file.u32(0);
     file.u32(resources + 2 * sectionAlignment);  // size of image
     file.u32(static_cast<std::uint32_t>(resourceSectionAt));

@@ -179,6 +179,45 @@ TEST(Link, toTheSameFileIsTheSameFile) {
     EXPECT_TRUE(file.isSameFileAs(scratch.path("link")));
 }
 
+TEST(SymbolicLink, holdsItsDestinationAsItIs) {
+    const ScratchDirectory scratch;
+    ASSERT_FALSE(os::createSymbolicLink("no\\such/place", scratch.path("link")));
+    EXPECT_EQ(fs::read_symlink(scratch.path("link")), "no\\such/place");
+    EXPECT_EQ(os::createSymbolicLink("a", scratch.path("link")), std::errc::file_exists);
+}
+
+TEST(SymbolicLink, isGivenTheTimeItself) {
+    const ScratchDirectory scratch;
+    const std::string path = scratch.write("a.txt", "");
+    ASSERT_FALSE(os::createSymbolicLink("a.txt", scratch.path("link")));
+    ASSERT_FALSE(os::setModificationTime(path, {1, 0}));
+    ASSERT_FALSE(os::setModificationTime(scratch.path("link"), {1'600'000'000, 5}));
+    struct stat status {};
+    ASSERT_EQ(::lstat(scratch.path("link").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mtim.tv_sec, 1'600'000'000);
+    EXPECT_EQ(status.st_mtim.tv_nsec, 5);
+    ASSERT_EQ(::lstat(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mtim.tv_sec, 1);
+}
+
+TEST(HardLink, toASymbolicLinkIsALinkToIt) {
+    const ScratchDirectory scratch;
+    fs::create_symlink("nowhere", scratch.path("link"));
+    ASSERT_FALSE(os::createHardLink(scratch.path("link"), scratch.path("other")));
+    EXPECT_TRUE(fs::is_symlink(scratch.path("other")));
+}
+
+TEST(Permissions, areGivenLessTheUmask) {
+    const ScratchDirectory scratch;
+    const std::string path = scratch.write("a.txt", "");
+    const Umask umask(027);
+    ASSERT_FALSE(os::setPermissions(path, 07777));
+    EXPECT_EQ(modeOf(path), 0750u);
+    ASSERT_FALSE(os::setPermissions(path, 0444));
+    EXPECT_EQ(modeOf(path), 0440u);
+    EXPECT_EQ(os::setPermissions(scratch.path("missing"), 0), std::errc::no_such_file_or_directory);
+}
+
 TEST(Device, isWrittenDirectly) {
     EXPECT_EQ(typeOf("/dev/null"), FileType::other);
     EXPECT_FALSE(save("/dev/null", "content"));
@@ -223,15 +262,6 @@ TEST(Pipe, isWrittenAndReadDirectly) {
     EXPECT_FALSE(writing) << writing.message();
     EXPECT_EQ(content, "through a pipe");
     EXPECT_EQ(typeOf(path), FileType::other);
-}
-
-TEST(ThroughAFile, nothingIsFound) {
-    const ScratchDirectory scratch;
-    const std::string below = scratch.write("a.txt", "") + "/b.txt";
-    InputFile file;
-    EXPECT_EQ(file.open(below), std::errc::not_a_directory);
-    EXPECT_EQ(save(below, "x"), std::errc::not_a_directory);
-    EXPECT_EQ(os::removeFile(below), std::errc::not_a_directory);
 }
 
 TEST(UnpackTarEndedBySignal, answers128AndTheSignal) {

@@ -285,6 +285,39 @@ TEST(WindowsLink, isFollowedAndNotReplaced) {
     EXPECT_EQ(save(scratch.path("loop"), "x"), std::errc::too_many_symbolic_link_levels);
 }
 
+TEST(WindowsLink, isMadeForFilesAndDirectories) {
+    const ScratchDirectory scratch;
+    scratch.write("directory/a.txt", "content");
+    const std::error_code error = os::createSymbolicLink("directory/a.txt", scratch.path("file-link"));
+    if (error == std::errc::operation_not_supported || error == std::errc::permission_denied) {
+        GTEST_SKIP() << "no symbolic links here (Wine, or no privilege)";
+    }
+    ASSERT_FALSE(error);
+    EXPECT_EQ(scratch.read("file-link"), "content");
+    ASSERT_FALSE(os::createSymbolicLink("directory", scratch.path("directory-link")));
+    EXPECT_EQ(typeOf(scratch.path("directory-link")), FileType::directory);
+    bool link = false;
+    ASSERT_FALSE(os::isLink(scratch.path("directory-link"), link));
+    EXPECT_TRUE(link);
+}
+
+TEST(WindowsFileName, isNoDevice) {
+    for (const char* name :
+         {"CON", "nul", "Aux.txt", "prn .x", "COM1", "lpt9.tar.gz", "COM\u00B9", "conin$"}) {
+        EXPECT_FALSE(os::isFileName(name)) << name;
+    }
+    for (const char* name : {"CONSOLE", "nul1", "COM", "COM10", "LPTX", "a.con"}) {
+        EXPECT_TRUE(os::isFileName(name)) << name;
+    }
+}
+
+TEST(WindowsFileName, hasNoCharacterOfOtherMeaning) {
+    for (const char* name :
+         {"a:b", "C:", "a?", "a*", "<a", "a>", "a|b", "a\"b", "a\tb", "a.", "a ", "..", "\xFF"}) {
+        EXPECT_FALSE(os::isFileName(name)) << name;
+    }
+}
+
 TEST(WindowsError, comparesAndReadsAsOnOtherSystems) {
     EXPECT_EQ(errorOf(ERROR_PATH_NOT_FOUND), std::errc::no_such_file_or_directory);
     EXPECT_EQ(errorOf(ERROR_PATH_NOT_FOUND).message(), "No such file or directory");

@@ -1,0 +1,342 @@
+#include "TaVekInspect/plan/archive_planner.h"
+
+#include <algorithm>
+
+#include "TaVekInspect/model/verification.h"
+#include "TaVekUtil/archive/install_destination.h"
+#include "TaVekUtil/archive/unified_manifest.h"
+#include "TaVekUtil/batch/process_archives.h"
+#include "TaVekUtil/batch/stock_packages.h"
+#include "TaVekUtil/cli/controller_names.h"
+#include "TaVekUtil/edit/add_packages.h"
+#include "TaVekUtil/edit/remove_packages.h"
+#include "platform/archive/archive.h"
+#include "platform/base/path.h"
+
+namespace {
+
+constexpr const char* operation = "TaVekInspect";
+
+std::string lowerCase(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), [](char character) {
+        return character >= 'A' && character <= 'Z' ? static_cast<char>(character + ('a' - 'A')) : character;
+    });
+    return text;
+}
+
+/// Runs `step`; what it raises becomes an error with `subject` in front, and the answer is false.
+template <typename Step>
+bool attempt(Findings& findings, const std::string& subject, Step step) {
+    try {
+        step();
+        return true;
+    } catch (const Ta::Exception& exception) {
+        addError(findings, subject + reasonOf(exception, ""));
+        return false;
+    }
+}
+
+bool hasErrors(const Findings& findings) {
+    return countOf(findings, Finding::Severity::error) > 0;
+}
+
+/// The platform that the controllers of the script's entries tell alone; "" when they tell none.
+std::string platformOfEntries(const Upgrade& upgrade) {
+    const std::pair<const char*, const std::vector<std::string>*> platforms[] = {
+        {"linux_arm7", &Arm7ControllerNames},
+        {"ombix", &OmbixControllerNames},
+        {"linux_arm64", &Arm64ControllerNames}};
+    for (const auto& [platform, models] : platforms) {
+        for (const ScriptEntry& entry : upgrade.entries) {
+            for (const std::string& controller : entry.controllers) {
+                if (std::find(models->begin(), models->end(), controller) != models->end()) return platform;
+            }
+        }
+    }
+    return {};
+}
+
+const ScriptEntry* findEntry(const Upgrade& upgrade, const std::string& name) {
+    for (const ScriptEntry& entry : upgrade.entries) {
+        if (entry.name == name) return &entry;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+PlannedArchive ArchivePlanner::plan(const std::string& path) {
+    Quiet quiet;
+    Work work;
+    work.result.path = path;
+    if (open(work, path, quiet)) {
+        checkPlatform(work);
+        remove(work);
+        add(work);
+        attempt(work.result.findings, "", [&] { finish(work); });
+    }
+    if (hasErrors(work.result.findings)) work.result.outcome = PlannedArchive::Outcome::failed;
+    return std::move(work.result);
+}
+
+// ---- Opening -------------------------------------------------------------------------------------------
+
+bool ArchivePlanner::open(Work& work, const std::string& path, Quiet& quiet) {
+    ArchiveExtended& archive = work.archive;
+    const auto earlier = results_.find(path);
+    try {
+        static_cast<void>(TaVekUtil_SplitPath(path.c_str()));
+        if (earlier == results_.end()) {
+            archive.Load(path.c_str());
+        } else if (earlier->second.isInstallation()) {
+            archive = earlier->second;
+        } else {
+            const std::string saved = scratch_.path("saved");
+            Ta::Check(zArchive_Save(earlier->second.archive.get(), saved.c_str()), operation);
+            archive.Load(saved.c_str());
+            archive.path = path;
+        }
+    } catch (const Ta::Exception& exception) {
+        const std::string entry = quiet.takeLogEntry();
+        const std::string reason = reasonOf(exception, path);
+        addError(work.result.findings, entry.empty() ? reason : reason + " (" + entry + ')');
+        return false;
+    }
+    archive.files = &files_;
+    work.before = readUpgrade(archive);
+    work.result.platform = archive.platform;
+    return attempt(work.result.findings, "", [&] { work.result.hostVersion = archive.Version(); });
+}
+
+void ArchivePlanner::checkPlatform(Work& work) {
+    if (work.archive.isInstallation()) return;
+    const std::string told = platformOfEntries(work.before);
+    if (told == work.archive.platform) return;
+    addWarning(work.result.findings, "script.xml: platform " + work.archive.platform +
+                                         " is decided by a model name outside any entry" +
+                                         (told.empty() ? "" : "; the entries tell " + told));
+}
+
+// ---- Removing ------------------------------------------------------------------------------------------
+
+void ArchivePlanner::remove(Work& work) {
+    std::set<std::string> done;
+    for (const std::string& name : config_.vekPkgsToRemove) {
+        if (done.insert(name).second) {
+            removePackage(work, name);
+        } else {
+            addWarning(work.result.findings, "package " + name + " is to be removed twice");
+        }
+    }
+    if (!done.empty()) work.isChanged = true;
+}
+
+void ArchivePlanner::removePackage(Work& work, const std::string& name) {
+    for (const RecordedPackage& package : work.before.packages) {
+        if (package.name != name) continue;
+        PlannedRemoval removal{name, {}};
+        for (const RecordedFile& file : package.files) {
+            removal.destinations.push_back(destinationOf(file, work.archive.platform));
+            checkRemoval(work, package, file);
+        }
+        work.result.removed.push_back(std::move(removal));
+    }
+    // One name at a time, so that a name that is not there does not hide what comes after it.
+    attempt(work.result.findings, "", [&] { TaVekUtils_RemovePackages(work.archive, {name}); });
+}
+
+void ArchivePlanner::checkRemoval(Work& work, const RecordedPackage& package, const RecordedFile& file) {
+    Findings& findings = work.result.findings;
+    const std::string type = lowerCase(file.type);
+    const std::string subject = "package " + package.name + ": ";
+    if (!file.type.empty() && type != "vekapp" && type != "resource") {
+        addWarning(findings, subject + file.source + " is of type " + file.type + " and stays");
+        return;
+    }
+    if (work.archive.isInstallation()) {
+        if (file.destination.empty()) return;  // removing it raises
+        Ta::PathText path;
+        const zStatus status =
+            zPath_Combine(work.archive.path.c_str(), file.destination.c_str(), path.data(), path.capacity());
+        if (status == zStatus_Success && !files_.fileExists(path.c_str())) {
+            addWarning(findings, subject + path.c_str() + " is not there any more");
+        }
+        if (leavesDirectory(file.destination)) {
+            addWarning(findings, subject + file.destination + " leaves the installation directory");
+        }
+        return;
+    }
+    RecordedFile searched = file;
+    if (file.destination.empty()) searched.source = package.name;  // as the tool does
+    const std::string destination = destinationOf(searched, work.archive.platform);
+    if (!destination.empty() && findEntry(work.before, destination) == nullptr) {
+        addWarning(findings,
+                   subject + "no script entry " + destination + ", so nothing is removed for " + file.source);
+    }
+}
+
+// ---- Adding --------------------------------------------------------------------------------------------
+
+void ArchivePlanner::add(Work& work) {
+    for (const AddonPackage& package : packages_.packages()) {
+        attempt(work.result.findings, std::string("package ") + package.name.c_str() + ": ",
+                [&] { addPackage(work, package); });
+    }
+}
+
+void ArchivePlanner::addPackage(Work& work, const AddonPackage& package) {
+    if (!TaVekUtils_FitsVersion(work.archive, package)) {
+        const std::string reason = std::string("built for ") + package.beVersion.c_str() +
+                                   ", the archive is " + work.archive.Version();
+        work.result.skipped.push_back({std::string("package ") + package.name.c_str(), reason});
+        addWarning(work.result.findings,
+                   std::string("package ") + package.name.c_str() + " is skipped: " + reason);
+        return;
+    }
+    for (const PackageFile& file : package.files) addFile(work, package, file);
+    merge(work, package);
+}
+
+void ArchivePlanner::addFile(Work& work, const AddonPackage& package, const PackageFile& file) {
+    const std::size_t copies = files_.copies();
+    try {
+        if (!TaVekUtils_InstallFile(work.archive, packages_.present(file))) return;
+    } catch (const Ta::Exception& exception) {
+        const bool lacksDestination =
+            file.destination.empty() && exception.status() != zStatus_NotFound &&
+            (zStrEquals(file.platform.c_str(), "ombix") || work.archive.isInstallation());
+        const std::string reason = lacksDestination
+                                       ? "no Destination, and " + work.archive.platform + " has no default"
+                                       : packages_.asInRun(reasonOf(exception, work.archive.path));
+        addError(work.result.findings,
+                 std::string("package ") + package.name.c_str() + ": " + file.source.c_str() + ": " + reason);
+        return;
+    }
+    work.isChanged = true;
+    noteFile(work, package, file, work.archive.isInstallation() && files_.copies() == copies);
+}
+
+void ArchivePlanner::noteFile(Work& work, const AddonPackage& package, const PackageFile& file,
+                              bool isSkipped) {
+    const Installation installation = TaVekUtils_PlanInstallation(file);
+    PlannedFile planned{package.name.c_str(), file.path.c_str(), installation.destination.c_str(),
+                        installation.member.c_str()};
+    if (work.archive.isInstallation()) planned.member.clear();
+    if (isSkipped) {
+        const std::string reason = "the directory of " + planned.destination + " is missing";
+        work.result.skipped.push_back({planned.path, reason});
+        addWarning(work.result.findings,
+                   "package " + planned.package + ": " + planned.path + " is skipped: " + reason);
+        return;
+    }
+    installed_.insert(planned.package);
+    checkDestination(work, planned);
+    work.result.added.push_back(std::move(planned));
+}
+
+void ArchivePlanner::checkDestination(Work& work, const PlannedFile& file) {
+    Findings& findings = work.result.findings;
+    const std::string subject = "package " + file.package + ": ";
+    const auto [sameDestination, isNew] =
+        work.destinations.emplace(lowerCase(file.destination), file.package);
+    if (!isNew) {
+        addWarning(findings, subject + file.destination + " replaces a file of package " +
+                                 sameDestination->second + " of this run");
+    }
+    if (leavesDirectory(file.destination) &&
+        (work.archive.isInstallation() || file.destination.find("..") != std::string::npos)) {
+        // An absolute path is what a sensor expects; below an installation directory it is taken as relative.
+        if (file.destination.find("..") != std::string::npos ||
+            file.destination.find(':') != std::string::npos) {
+            addWarning(findings, subject + "Destination " + file.destination + " leaves its directory");
+        }
+    }
+    if (work.archive.isInstallation()) return;
+    const auto [sameMember, isFirst] = work.members.emplace(file.member, file.path);
+    if (!isFirst && sameMember->second != file.path) {
+        addWarning(findings,
+                   subject + file.path + " shares member " + file.member + " with " + sameMember->second);
+    }
+    const ScriptEntry* replaced = findEntry(work.before, file.destination);
+    if (replaced != nullptr && !replaced->source.starts_with(packageMemberPrefix)) {
+        addWarning(findings, subject + file.destination + " replaces an entry of the host software (" +
+                                 replaced->source + ')');
+    }
+}
+
+void ArchivePlanner::merge(Work& work, const AddonPackage& package) {
+    const std::vector<RecordedPackage> before = readPackages(work.archive.manifest.get());
+    Ta::Check(TaVekUtils_MergeVekApp(package.manifest.get(), work.archive.manifest.get(),
+                                     work.archive.platform.c_str()),
+              operation);
+    work.merged.emplace_back(package.name.c_str());
+    const std::vector<RecordedPackage> after = readPackages(work.archive.manifest.get());
+    for (const RecordedPackage& recorded : before) {
+        const auto isSame = [&](const RecordedPackage& other) { return other.name == recorded.name; };
+        if (std::any_of(after.begin(), after.end(), isSame)) continue;
+        addWarning(work.result.findings, std::string("package ") + package.name.c_str() +
+                                             " drops the record of package " + recorded.name +
+                                             ", with whose name its own begins; the files stay");
+    }
+}
+
+// ---- Saving --------------------------------------------------------------------------------------------
+
+void ArchivePlanner::finish(Work& work) {
+    PlannedArchive& result = work.result;
+    if (!work.isChanged) {
+        result.outcome = PlannedArchive::Outcome::unchanged;
+        for (const std::string& name : work.merged) {
+            addWarning(result.findings, "package " + name + " has no file for " + work.archive.platform +
+                                            "; as nothing else changes, it is not recorded");
+        }
+        return;
+    }
+    if (hasErrors(result.findings)) return;
+    if (work.archive.isInstallation()) {
+        Ta::Check(checkTarget(installedManifestPath(work.archive.path)), operation);
+        result.outcome = PlannedArchive::Outcome::written;
+        results_[result.path] = work.archive;
+        return;
+    }
+    save(work);
+}
+
+void ArchivePlanner::save(Work& work) {
+    PlannedArchive& result = work.result;
+    zHandle container = work.archive.archive.get();
+    TaVekUtil_StoreManifest(work.archive);
+    const std::string output =
+        TaVekUtil_OutputPath(TaVekUtil_SplitPath(result.path.c_str()), config_).c_str();
+    Ta::Check(zArchive_TrySave(container), operation);
+    Ta::Check(checkTarget(output), operation);
+    result.savedAs = output;
+    result.outcome = PlannedArchive::Outcome::saved;
+    checkOutput(work);
+    checkResult(work);
+    results_[output] = work.archive;
+}
+
+void ArchivePlanner::checkOutput(Work& work) {
+    const std::string& output = work.result.savedAs;
+    Findings& findings = work.result.findings;
+    if (TaVekUtil_IsStockPackage(fileNameOf(output))) {
+        addWarning(findings, output + " has the name of a stock archive: a later run may take it for one");
+    }
+    if (results_.contains(output)) addWarning(findings, output + " is saved twice");
+    const auto& stock = config_.stockPackages;
+    if (std::find(stock.begin(), stock.end(), output) != stock.end()) {
+        addWarning(findings, output + " is itself an archive of this run");
+    }
+}
+
+/// What is wrong with the archive as it would be saved and was not wrong before.
+void ArchivePlanner::checkResult(Work& work) {
+    const Findings before = verifyConsistency(work.before);
+    for (const Finding& finding : verifyConsistency(readUpgrade(work.archive))) {
+        const auto isSame = [&](const Finding& other) { return other.text == finding.text; };
+        if (finding.severity != Finding::Severity::error || std::any_of(before.begin(), before.end(), isSame))
+            continue;
+        addWarning(work.result.findings, work.result.savedAs + " would not be consistent: " + finding.text);
+    }
+}

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+/// What may be done to files, asked without doing it. The answer may be out of date when it is used.
+namespace os {
+
+/// False when the system would refuse to write the file `path` by way of a temporary file beside it, or to
+/// remove it: for want of rights, or on Windows because the file is marked read-only.
+bool mayReplace(const std::string& path);
+
+}  // namespace os

@@ -1,0 +1,19 @@
+#include "TaVekInspect/render/html_writer.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(HtmlWriter, nestsElements) {
+    HtmlWriter html;
+    html.open("p", R"(class="x")").element("code", "a").text(" b").close();
+    EXPECT_EQ(html.html(), "<p class=\"x\"><code>a</code> b</p>\n");
+}
+
+TEST(HtmlWriter, escapesMarkupAndReplacesWhatAPageMustNotHold) {
+    HtmlWriter html;
+    html.text("<a href=\"x\">'&\x1B\xFF");
+    EXPECT_EQ(html.html(), "&lt;a href=&quot;x&quot;&gt;&#39;&amp;?\xEF\xBF\xBD");
+}
+
+}  // namespace

@@ -1,0 +1,43 @@
+#include "TaVekInspect/render/text.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(Text, sizes) {
+    EXPECT_EQ(sizeText(0), "0 bytes");
+    EXPECT_EQ(sizeText(1), "1 byte");
+    EXPECT_EQ(sizeText(1023), "1023 bytes");
+    EXPECT_EQ(sizeText(1024), "1.0 KiB");
+    EXPECT_EQ(sizeText(1024 * 1024 - 1), "1.0 MiB");
+    EXPECT_EQ(sizeText(1024 * 1024), "1.0 MiB");
+    EXPECT_EQ(sizeText(3 * 1024ull * 1024 * 1024 / 2), "1.5 GiB");
+    EXPECT_EQ(sizeText(18446744073709551615u), "16.0 EiB");
+}
+
+TEST(Text, counts) {
+    EXPECT_EQ(counted(1, "member"), "1 member");
+    EXPECT_EQ(counted(0, "member"), "0 members");
+    EXPECT_EQ(counted(2, "entry"), "2 entries");
+}
+
+TEST(Text, methodsTimesAndChecksums) {
+    zMemberInfo member;
+    EXPECT_EQ(methodText(member), "stored");
+    member.method = 8;
+    member.encrypted = true;
+    EXPECT_EQ(methodText(member), "deflated, encrypted");
+    member.method = 14;
+    EXPECT_EQ(methodText(member), "method 14, encrypted");
+    EXPECT_EQ(timeText({2024, 6, 9, 3, 4, 58}), "2024-06-09 03:04:58");
+    EXPECT_EQ(crcText(0xABC), "00000abc");
+}
+
+TEST(Text, oneLineAndWidth) {
+    EXPECT_EQ(printable("a\n\x1B\x7F é"), "a??? é");
+    EXPECT_EQ(widthOf("aé€😀"), 4u);
+    EXPECT_EQ(joined({"a", "b"}), "a, b");
+    EXPECT_EQ(joined({}), "");
+}
+
+}  // namespace

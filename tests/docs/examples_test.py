@@ -1,0 +1,103 @@
+"""Runs every example of the documents.
+
+In a block of the language `console` a line that begins with "$ " is a command for bash, lines beginning with "> " go
+on with it, and the lines up to the next command are what both its output streams must show, exactly; a line of three
+dots stands for any number of lines, "[...]" for any text within a line. A block of the language `sh` holds commands that must succeed. The blocks of one
+document run one after the other in one directory (workplace.py says what lies in it).
+
+A line `<!-- not run: REASON -->` above a block leaves it out.
+"""
+
+import pathlib
+import re
+import subprocess
+import tempfile
+import unittest
+
+import markdown
+import options
+import workplace
+
+
+MANUAL = [
+    path
+    for path in markdown.documents()
+    if path.parent in (workplace.REPOSITORY, workplace.REPOSITORY / "docs")
+]
+
+
+class Examples(unittest.TestCase):
+    maxDiff = None
+
+    def test_every_document(self):
+        ran = 0
+        for document in MANUAL:
+            runnable = [block for block in markdown.blocks(document) if block.language in ("console", "sh")]
+            runnable = [block for block in runnable if not block.not_run]
+            if not runnable:
+                continue
+            with tempfile.TemporaryDirectory() as root, self.subTest(document.name):
+                shell = Shell(pathlib.Path(root))
+                ran += sum(self.run_block(document, block, shell) for block in runnable)
+        self.assertGreater(ran, 20, "hardly an example was found")
+
+    def run_block(self, document, block, shell):
+        where = f"{document.relative_to(workplace.REPOSITORY)}:{block.line}"
+        if block.language == "sh":
+            output, status = shell.run("set -e\n" + "\n".join(block.lines))
+            self.assertEqual(status, 0, f"{where}\n{output}")
+            return 1
+        steps = commands(block.lines)
+        self.assertTrue(steps, f"{where}: a console block without a command")
+        for command, expected in steps:
+            output, _ = shell.run(command)
+            if not re.fullmatch(pattern(expected), output):
+                self.fail(f"{where}\n$ {command}\nshows\n{output}\nand not\n" + "\n".join(expected))
+        return len(steps)
+
+
+class Shell:
+    """Bash in a prepared directory. Variables do not outlive a command, files do."""
+
+    def __init__(self, root):
+        self.environment = workplace.prepare(root, options.program())
+        self.directory = root / "work"
+
+    def run(self, command):
+        done = subprocess.run(
+            ["bash", "-c", command],
+            cwd=self.directory,
+            env=self.environment,
+            stdin=subprocess.DEVNULL,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.STDOUT,
+            timeout=120,
+            check=False,
+        )
+        return done.stdout.decode(), done.returncode
+
+
+def commands(lines):
+    """[(command, lines of expected output)]"""
+    steps = []
+    for line in lines:
+        if line.startswith("$ "):
+            steps.append((line[2:], []))
+        elif line.startswith("> ") and not steps[-1][1]:
+            steps[-1] = (steps[-1][0] + "\n" + line[2:], [])
+        else:
+            steps[-1][1].append(line)
+    return steps
+
+
+def pattern(expected):
+    def line_pattern(line):
+        if line == "...":
+            return "(?:.*\n)*"
+        return ".*".join(re.escape(text) for text in line.split("[...]")) + "\n"
+
+    return "".join(map(line_pattern, expected))
+
+
+if __name__ == "__main__":
+    unittest.main()

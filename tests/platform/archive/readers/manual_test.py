@@ -1,0 +1,52 @@
+#!/usr/bin/env python3
+"""Compares docs/container.md with the container: its example archive, and that it names every fault.
+
+    manual_test.py --carrier archive_carrier --root REPOSITORY
+"""
+
+import argparse
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+import unittest
+
+OPTIONS = argparse.Namespace(carrier="", root="")
+SOURCES = ["inflate.cpp", "source_file.cpp", "zip_codec.cpp", "zip_directory.cpp", "zip_entry.cpp", "zip_extra.cpp",
+           "zip_member_data.cpp", "zip_writer.cpp"]
+
+
+class Manual(unittest.TestCase):
+    def setUp(self):
+        self.text = (pathlib.Path(OPTIONS.root) / "docs/container.md").read_text(encoding="utf-8")
+
+    def test_the_example_is_what_is_written(self):
+        block = re.search(r"```\n(50 4b 03 04.*?)```", self.text, re.S).group(1)
+        example = "".join(re.match(r"(?:[0-9a-f]{2} ?)+", line).group() for line in block.splitlines())
+        with tempfile.TemporaryDirectory() as scratch:
+            path = pathlib.Path(scratch) / "example.zip"
+            subprocess.run([OPTIONS.carrier, "add", "data/a", "3", "save", path], check=True)
+            self.assertEqual(path.read_bytes().hex(" "), bytes.fromhex(example).hex(" "))
+
+    def test_every_fault_is_told(self):
+        faults = set()
+        for source in SOURCES:
+            code = (pathlib.Path(OPTIONS.root) / "platform/archive" / source).read_text(encoding="utf-8")
+            code = re.sub(r"^\s*#include.*|//.*", "", code, flags=re.M)
+            faults |= {literal.strip(" :") for literal in re.findall(r'"([^"]* [^"]*)"', code)}
+        faults.discard("")
+        self.assertGreater(len(faults), 50)
+        self.assertEqual([fault for fault in sorted(faults) if fault not in self.text], [])
+
+
+def main():
+    parser = argparse.ArgumentParser(description="Compares docs/container.md with the container.")
+    parser.add_argument("--carrier", required=True, help="the program that does with containers what it is told")
+    parser.add_argument("--root", required=True, help="the repository")
+    parser.parse_args(namespace=OPTIONS)
+    unittest.main(argv=sys.argv[:1])
+
+
+if __name__ == "__main__":
+    main()
