@@ -25,7 +25,7 @@ def shown(seconds):
 def group(name, result, y):
     """The shapes of one scenario, from `y` downwards."""
     medians = {key: statistics.median(figures["seconds"]) for key, figures in result["runs"].items()}
-    own, longest = next(iter(medians.values())), max(medians.values())
+    own, longest = next(iter(result["runs"].values()))["seconds"], max(medians.values())
     yield f'<text class="title" x="10" y="{y + 14}">{html.escape(name)}</text>'
     for row, (key, seconds) in enumerate(medians.items(), start=1):
         top = y + 4 + row * BAR
@@ -33,7 +33,8 @@ def group(name, result, y):
         length = max(1, seconds / longest * LONGEST)
         note = shown(seconds)
         if target is not None:
-            note += f", TaVekUtil takes {own / seconds:.2f} times as long (at most {target:g} wanted)"
+            ratio = statistics.median(a / b for a, b in zip(own, result["runs"][key]["seconds"]))
+            note += f", TaVekUtil takes {ratio:.2f} times as long (at most {target:g} wanted)"
         yield f'<text x="20" y="{top + 12}">{html.escape(key)}</text>'
         kind = "own" if target is None else "rival"
         yield f'<rect class="{kind}" x="{LEFT}" y="{top}" width="{length:.1f}" height="{BAR - 4}"/>'
