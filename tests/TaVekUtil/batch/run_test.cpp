@@ -55,7 +55,8 @@ TEST(Run, doesTheWholeBatch) {
     EXPECT_THAT(batch.output.lines(),
                 ElementsAre("out: ", "out: TaVekUtil: Processing Archive: " + batch.archive,
                             StartsWith("out: TaVekUtil:    - Loaded file for Linux Arm64 Sensor: "),
-                            "out: TaVekUtil:    - Saving new package as: " + batch.scratch.path("P-a.pkg")));
+                            "out: TaVekUtil:    - Saving new package as: " + batch.scratch.path() +
+                                os::pathSeparator + "P-a.pkg"));
     EXPECT_EQ(testing::memberContent(batch.scratch.path("P-a.pkg"), "data/12345-64.so"), "content");
     EXPECT_THAT(testing::livingObjects(), IsEmpty());
 }
