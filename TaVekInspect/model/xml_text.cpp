@@ -1,5 +1,7 @@
 #include "TaVekInspect/model/xml_text.h"
 
+#include "platform/base/text.h"
+
 namespace {
 
 /// What `read` puts into a buffer that is large enough; "" when it fails for another reason than room.
@@ -9,7 +11,9 @@ std::string grown(Read read) {
     zStatus status = zStatus_DoesNotFit;
     while ((status = read(buffer.data(), buffer.size())) == zStatus_DoesNotFit)
         buffer.resize(2 * buffer.size());
-    return status == zStatus_Success ? std::string(buffer.c_str()) : std::string();
+    if (status != zStatus_Success) return {};
+    buffer.resize(zStrLength(buffer.data()));
+    return buffer;
 }
 
 }  // namespace

@@ -25,7 +25,8 @@ constexpr std::uint32_t powerOfX(unsigned n) {
 /// product one place too low, and a remainder of 32 bits stands in the upper half of its factor: 33 places in
 /// all, of which one is taken by the shift.
 constexpr long long factor(unsigned distance) {
-    return static_cast<long long>(static_cast<std::uint64_t>(powerOfX(distance - 32)) << 1);
+    const std::uint64_t shifted = std::uint64_t{powerOfX(distance - 32)} << 1;
+    return static_cast<long long>(shifted);
 }
 
 constexpr std::size_t block = 16, stride = 4 * block;

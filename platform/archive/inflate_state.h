@@ -10,8 +10,8 @@
 
 namespace inflation {
 
-inline constexpr std::size_t windowSize = 32 * 1024;  // farthest distance of a match
-inline constexpr std::size_t pieceSize = 256 * 1024;  // what is decoded between two deliveries
+inline constexpr std::size_t windowSize = std::size_t{32} * 1024;  // farthest distance of a match
+inline constexpr std::size_t pieceSize = std::size_t{256} * 1024;  // what is decoded between two deliveries
 inline constexpr std::size_t longestMatch = 258;
 
 /// Literals that the fast loop decodes between two looks at the ends.

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::size_t bufferSize = 256 * 1024;
+constexpr std::size_t bufferSize = std::size_t{256} * 1024;
 
 }  // namespace
 

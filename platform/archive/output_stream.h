@@ -24,7 +24,7 @@ class OutputStream {
     /// says how many they are.
     zStatus room(std::span<std::uint8_t>& space);
     void commitRoom(std::size_t size);
-    static constexpr std::size_t leastRoom = 64 * 1024;
+    static constexpr std::size_t leastRoom = std::size_t{64} * 1024;
 
     /// Bytes written so far.
     std::uint64_t position() const { return flushed_ + used_; }

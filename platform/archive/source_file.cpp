@@ -43,8 +43,8 @@ zStatus SourceFile::refuseMember(std::string_view name, std::string_view fault, 
 
 namespace {
 
-constexpr std::size_t leastAhead = 4 * 1024, mostAhead = 256 * 1024;
-constexpr std::size_t largePiece = 32 * 1024;
+constexpr std::size_t leastAhead = std::size_t{4} * 1024, mostAhead = std::size_t{256} * 1024;
+constexpr std::size_t largePiece = std::size_t{32} * 1024;
 
 }  // namespace
 

@@ -49,7 +49,7 @@ class Zip64Record {
     }
 
   private:
-    std::array<std::uint8_t, extra::headerSize + 3 * 8> bytes_{};
+    std::array<std::uint8_t, extra::headerSize + 3 * sizeof(std::uint64_t)> bytes_{};
     std::size_t size_ = extra::headerSize;
 };
 

@@ -18,6 +18,8 @@ std::string number(zStatus status) {
 std::string formatted(const char* format, va_list arguments) {
     va_list again;
     va_copy(again, arguments);
+    // clang 14 sees the list uninitialised when it comes as a parameter.
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
     const int length = std::vsnprintf(nullptr, 0, format, arguments);
     std::string text(length < 0 ? 0 : static_cast<std::size_t>(length), '\0');
     if (length > 0) std::vsnprintf(text.data(), text.size() + 1, format, again);

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr std::size_t chunkSize = 256 * 1024;
+constexpr std::size_t chunkSize = std::size_t{256} * 1024;
 
 /// A block of an allocator that grows, until it is handed out.
 class Block {

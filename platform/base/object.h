@@ -68,7 +68,8 @@ class Object {
         copy.release();
         return *this;
     }
-    Object& operator=(Object&& other) {
+    // It may raise, by the same rule.
+    Object& operator=(Object&& other) {  // NOLINT(performance-noexcept-move-constructor)
         Object taken(std::move(other));
         std::swap(handle_, taken.handle_);
         taken.release();

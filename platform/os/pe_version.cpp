@@ -92,7 +92,7 @@ class Reader {
         Record<4> count;
         Record<8> directory;
         if (!count.read(file_, optional, offset) || count.u32(0) <= resourceDirectory) return false;
-        if (!directory.read(file_, optional, offset + 4 + 8 * resourceDirectory)) return false;
+        if (!directory.read(file_, optional, offset + 4 + std::uint64_t{8} * resourceDirectory)) return false;
         headers_.resources = directory.u32(0);
         return headers_.resources != 0;
     }

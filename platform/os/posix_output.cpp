@@ -8,6 +8,7 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 #include "platform/os/os.h"
 #include "platform/os/posix_api.h"
@@ -46,7 +47,8 @@ std::error_code followDanglingLink(std::string& target) {
         const ssize_t length = ::readlink(target.c_str(), destination.data(), destination.size());
         if (length < 0) return errno == EINVAL || errno == ENOENT ? std::error_code{} : lastError();
         destination.resize(static_cast<std::size_t>(length));
-        target = isAbsolute(destination) ? destination : directoryOf(target) + '/' + destination;
+        if (!isAbsolute(destination)) destination.insert(0, directoryOf(target) + '/');
+        target = std::move(destination);
     }
     return std::make_error_code(std::errc::too_many_symbolic_link_levels);
 }

@@ -166,7 +166,7 @@ std::string_view startTag(const Item& item) {
 std::string_view textContent(const Item& item) {
     if (item.parent == nullptr) return item.bytes();
     const char* begin = startTagEnd(item.text);
-    if (isSelfClosed(item)) return {begin, 0};
+    if (isSelfClosed(item)) return between(begin, begin);
     return between(begin, item.text + item.bytes().rfind('<'));
 }
 

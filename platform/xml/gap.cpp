@@ -20,7 +20,7 @@ void Gap::join(Gap& other) {
 }
 
 void Gap::trimFront(std::size_t count) {
-    while (count > 0) {
+    while (count > 0 && first != nullptr) {
         if (count < first->text.size()) return first->text.remove_prefix(count);
         count -= first->text.size();
         first = first->next;
@@ -29,7 +29,7 @@ void Gap::trimFront(std::size_t count) {
 }
 
 void Gap::trimBack(std::size_t count) {
-    while (count > 0) {
+    while (count > 0 && last != nullptr) {
         if (count < last->text.size()) return last->text.remove_suffix(count);
         count -= last->text.size();
         last = last->previous;

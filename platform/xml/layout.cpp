@@ -162,6 +162,7 @@ Gap takeLastLine(Document& document, Gap& gap) {
 
 Line lineOf(const Item& item) {
     if (item.edit != nullptr && !item.edit->indent.empty()) return lastLine(item.edit->indent);
+    // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): whoever owns a lead has an edit
     Line line = ownsLead(item) ? lastLine(item.edit->lead) : lastLine(textLead(item));
     if (item.parent->parent == nullptr) line.isOwn = true;
     return line;

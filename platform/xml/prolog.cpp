@@ -149,13 +149,12 @@ Declaration readDeclaration(const Reader& reader) {
     Declaration declaration{};
     walk.requireSpaces("<?xml");
     walk.require("version", "the XML declaration must begin with the version");
-    const char* place = walk.at();
+    const char* const place = walk.at();
     if (!isVersion(walk.pseudoAttribute("version")))
         reader.fail(place, "the version must be 1.0 (or another 1.x)");
 
     bool hasSpace = walk.skipSpaces();
     if (hasSpace && walk.take("encoding")) {
-        place = walk.at();
         declaration.encoding = walk.pseudoAttribute("encoding");
         if (!isEncodingName(declaration.encoding))
             reader.fail(declaration.encoding.data(),
@@ -163,7 +162,6 @@ Declaration readDeclaration(const Reader& reader) {
         hasSpace = walk.skipSpaces();
     }
     if (hasSpace && walk.take("standalone")) {
-        place = walk.at();
         const std::string_view value = walk.pseudoAttribute("standalone");
         if (value != "yes" && value != "no") reader.fail(value.data(), "standalone must be yes or no");
         walk.skipSpaces();

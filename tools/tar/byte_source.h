@@ -28,7 +28,7 @@ class ByteSource {
     static constexpr std::size_t mostGivenBack = 16;
 
   private:
-    static constexpr std::size_t pieceSize = 64 * 1024;
+    static constexpr std::size_t pieceSize = std::size_t{64} * 1024;
 
     os::InputFile file_;
     std::string path_;
