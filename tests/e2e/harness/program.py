@@ -1,6 +1,7 @@
 """How the program under test is started: directly, or through an emulator for the Windows build."""
 
 import os
+import re
 import resource
 import shutil
 import signal
@@ -74,8 +75,12 @@ def start(program, arguments, directory, file_size=None, unprivileged=False, mer
     return Result(text(done.stdout), text(done.stderr or b""), done.returncode)
 
 
+# What the runtime of a coverage build says when it may not write its counts, as on a full disk: not the program's.
+COVERAGE_CHATTER = re.compile(r"^(libgcov )?profiling( error)?:.*\n", re.MULTILINE)
+
+
 def text(output):
-    decoded = output.decode("utf-8", "surrogateescape")
+    decoded = COVERAGE_CHATTER.sub("", output.decode("utf-8", "surrogateescape"))
     return decoded.replace("\r\n", "\n") if ON_WINDOWS else decoded
 
 
