@@ -33,6 +33,7 @@ find_package(Python3 COMPONENTS Interpreter)
 if(Python3_FOUND)
   set(pages ${CMAKE_CURRENT_BINARY_DIR}/man)
   add_custom_target(manual_pages ALL
+    COMMAND ${CMAKE_COMMAND} -E rm -rf ${pages}
     COMMAND Python3::Interpreter -B ${source}/scripts/manual_pages.py
       --version ${PROJECT_VERSION} --output ${pages} --compress
     COMMENT "Making the manual pages" VERBATIM)
