@@ -42,13 +42,13 @@ AddonPackage loadedPackage(const ScratchDirectory& scratch, const std::string& n
     AddonPackage loaded;
     put(loaded.beVersion, package.beVersion);
     put(loaded.name, package.name);
-    for (const FileSpec& spec : package.files) {
+    for (const FileSpec& wanted : package.files) {
         PackageFile file;
-        put(file.platform, spec.platform);
-        put(file.type, spec.type);
-        put(file.source, spec.source);
-        put(file.destination, spec.destination);
-        put(file.path, directory + '/' + spec.source);
+        put(file.platform, wanted.platform);
+        put(file.type, wanted.type);
+        put(file.source, wanted.source);
+        put(file.destination, wanted.destination);
+        put(file.path, directory + '/' + wanted.source);
         loaded.files.push_back(file);
     }
     loaded.manifest = document(packageManifest(package));
