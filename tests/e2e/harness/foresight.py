@@ -49,6 +49,7 @@ class Foresight:
         # What tar has to say of a file that it cannot read is let through.
         self.scenario.assertTrue(result.stderr == "" or "tar" in result.stderr, result.stderr)
         self.scenario.assertIn(result.status, (0, 1))
+        self.scenario.assertTrue(result.stdout, f"planning has said nothing: {result}")
         document = json.loads(result.stdout)
         json_schema.validate(document)
         return document
