@@ -29,14 +29,15 @@ def group(name, result, y):
     yield f'<text class="title" x="10" y="{y + 14}">{html.escape(name)}</text>'
     for row, (key, seconds) in enumerate(medians.items(), start=1):
         top = y + 4 + row * BAR
-        target = result["targets"].get(key)
+        is_rival, target = key in result["targets"], result["targets"].get(key)
         length = max(1, seconds / longest * LONGEST)
         note = shown(seconds)
-        if target is not None:
+        if is_rival:
             ratio = statistics.median(a / b for a, b in zip(own, result["runs"][key]["seconds"]))
-            note += f", TaVekUtil takes {ratio:.2f} times as long (at most {target:g} wanted)"
+            note += f", TaVekUtil takes {ratio:.2f} times as long"
+            note += "" if target is None else f" (at most {target:g} wanted)"
         yield f'<text x="20" y="{top + 12}">{html.escape(key)}</text>'
-        kind = "own" if target is None else "rival"
+        kind = "rival" if is_rival else "own"
         yield f'<rect class="{kind}" x="{LEFT}" y="{top}" width="{length:.1f}" height="{BAR - 4}"/>'
         yield f'<text x="{LEFT + length + 8:.1f}" y="{top + 12}">{html.escape(note)}</text>'
         if target is not None and target <= 1:

@@ -2,14 +2,16 @@
 //
 // The message is a polynomial over GF(2), and its CRC the remainder by P. A 128-bit piece of it that stands n
 // bits before another contributes the same remainder when it is multiplied by x^n mod P and added to the
-// other. So four accumulators stride over the message 64 bytes at a time, fold into one, and what is left, 16
-// bytes with the same remainder as the whole, goes through the table.
+// other. So four accumulators stride over the message 64 bytes at a time, fold into one, which goes on block
+// by block, and what is left, 16 bytes with the same remainder as the whole, goes through the table.
 
 #include "platform/archive/crc32.h"
 
 #if defined(__x86_64__)
 
 #include <immintrin.h>
+
+#include <array>
 
 namespace checksum {
 namespace {
@@ -42,34 +44,58 @@ __attribute__((target("pclmul,sse4.1"))) inline __m128i load(const std::uint8_t*
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
 }
 
+constexpr std::size_t shortest = 2 * block;  // below, the table is as fast
+
+/// Moves bytes by pshufb: read from place 16 + n it takes n bytes off the front of a block, from place n it
+/// leaves just those, at the end.
+constexpr std::uint8_t gone = 0x80;
+constexpr std::array<std::uint8_t, 3 * block> moves{
+    gone, gone, gone, gone, gone, gone, gone, gone, gone, gone, gone, gone, gone, gone, gone, gone,  //
+    0,    1,    2,    3,    4,    5,    6,    7,    8,    9,    10,   11,   12,   13,   14,   15,    //
+    gone, gone, gone, gone, gone, gone, gone, gone, gone, gone, gone, gone, gone, gone, gone, gone};
+
+/// `piece` plus the `count` (1 to 15) bytes behind it, which end at `end` behind at least 16 of the message:
+/// the front of the piece is moved on by a block, and what stays of it makes a whole block with the bytes.
+__attribute__((target("pclmul,sse4.1"))) inline __m128i foldTail(__m128i piece, __m128i overBlock,
+                                                                 const std::uint8_t* end, std::size_t count) {
+    const __m128i front = _mm_shuffle_epi8(piece, load(moves.data() + count));
+    const __m128i takeOff = load(moves.data() + block + count);
+    const __m128i back = _mm_blendv_epi8(_mm_shuffle_epi8(piece, takeOff), load(end - block), takeOff);
+    return fold(front, overBlock, back);
+}
+
 __attribute__((target("pclmul,sse4.1"))) std::uint32_t updateByMultiplication(std::uint32_t crc,
                                                                               const void* bytes,
                                                                               std::size_t size) {
-    if (size < 2 * stride) return updatePortable(crc, bytes, size);
+    if (size < shortest) return updatePortable(crc, bytes, size);
     const auto* next = static_cast<const std::uint8_t*>(bytes);
 
     // The half that comes first in the message has 64 bits more to travel.
     const __m128i overStride = _mm_set_epi64x(factor(8 * stride), factor(8 * stride + 64));
     const __m128i overBlock = _mm_set_epi64x(factor(8 * block), factor(8 * block + 64));
 
-    __m128i piece0 = _mm_xor_si128(load(next), _mm_cvtsi32_si128(static_cast<int>(~crc)));
-    __m128i piece1 = load(next + block);
-    __m128i piece2 = load(next + 2 * block);
-    __m128i piece3 = load(next + 3 * block);
-    for (next += stride, size -= stride; size >= stride; next += stride, size -= stride) {
-        piece0 = fold(piece0, overStride, load(next));
-        piece1 = fold(piece1, overStride, load(next + block));
-        piece2 = fold(piece2, overStride, load(next + 2 * block));
-        piece3 = fold(piece3, overStride, load(next + 3 * block));
+    __m128i piece = _mm_xor_si128(load(next), _mm_cvtsi32_si128(static_cast<int>(~crc)));
+    if (size >= 2 * stride) {
+        __m128i piece1 = load(next + block);
+        __m128i piece2 = load(next + 2 * block);
+        __m128i piece3 = load(next + 3 * block);
+        for (next += stride, size -= stride; size >= stride; next += stride, size -= stride) {
+            piece = fold(piece, overStride, load(next));
+            piece1 = fold(piece1, overStride, load(next + block));
+            piece2 = fold(piece2, overStride, load(next + 2 * block));
+            piece3 = fold(piece3, overStride, load(next + 3 * block));
+        }
+        piece = fold(fold(fold(piece, overBlock, piece1), overBlock, piece2), overBlock, piece3);
+    } else {
+        next += block, size -= block;
     }
-    piece1 = fold(piece0, overBlock, piece1);
-    piece2 = fold(piece1, overBlock, piece2);
-    piece3 = fold(piece2, overBlock, piece3);
+    for (; size >= block; next += block, size -= block) piece = fold(piece, overBlock, load(next));
+    if (size > 0) piece = foldTail(piece, overBlock, next + size, size);
 
     alignas(block) std::uint8_t rest[block];
-    _mm_store_si128(reinterpret_cast<__m128i*>(rest), piece3);
-    // The table's way inverts before and after; the pieces carry the first inversion already.
-    return updatePortable(updatePortable(~0u, rest, block), next, size);
+    _mm_store_si128(reinterpret_cast<__m128i*>(rest), piece);
+    // The table's way inverts before and after; the piece carries the first inversion already.
+    return updatePortable(~0u, rest, block);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "platform/archive/member_table.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <stdexcept>
@@ -7,6 +8,11 @@
 namespace {
 
 constexpr std::size_t fewestSlots = 16;
+
+/// Two thirds of the slots at most are taken, for probing is short then.
+constexpr bool isCrowded(std::size_t members, std::size_t slots) {
+    return members > slots / 3 * 2;
+}
 
 std::uint64_t mixed(std::uint64_t value) {
     value = (value ^ value >> 32) * 0x9E3779B97F4A7C15u;
@@ -57,10 +63,16 @@ std::size_t MemberTable::find(std::string_view name) const {
     return member == 0 ? none : member - 1;
 }
 
+void MemberTable::reserve(std::size_t count) {
+    members_.reserve(count);
+    std::size_t slots = fewestSlots;
+    while (isCrowded(count, slots)) slots *= 2;
+    if (slots > slots_.size()) growSlots(slots);
+}
+
 Member* MemberTable::append(std::string_view name, std::uint64_t origin) {
     if (members_.size() >= std::numeric_limits<std::uint32_t>::max() - 1) throw std::length_error("members");
-    // Two thirds at most are taken, for probing is short then.
-    if ((alive_ + 1) * 3 > slots_.size() * 2) growSlots();
+    if (isCrowded(alive_ + 1, slots_.size())) growSlots(std::max(fewestSlots, slots_.size() * 2));
     const std::uint32_t hash = hashOf(name);
     const std::size_t slot = slotOf(name, hash);
     if (slots_[slot].member != 0) return nullptr;
@@ -102,8 +114,9 @@ void MemberTable::freeSlot(std::size_t slot) {
     slots_[hole] = {};
 }
 
-void MemberTable::growSlots() {
-    std::vector<Slot> larger(slots_.empty() ? fewestSlots : slots_.size() * 2);
+/// Lays out `count` slots, a power of two and more than there are.
+void MemberTable::growSlots(std::size_t count) {
+    std::vector<Slot> larger(count);
     const std::size_t mask = larger.size() - 1;
     for (const Slot& slot : slots_) {
         if (slot.member == 0) continue;

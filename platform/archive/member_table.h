@@ -42,6 +42,9 @@ class MemberTable {
     /// Index of the member `name`, `none` without one.
     std::size_t find(std::string_view name) const;
 
+    /// Makes place for `count` members in all, which spares growing step by step.
+    void reserve(std::size_t count);
+
     /// Appends a member; null when there is one of that name. Pointers to members go invalid. Throws
     /// std::length_error beyond some four thousand million members. A throw leaves the table as it was.
     Member* append(std::string_view name, std::uint64_t origin);
@@ -59,7 +62,7 @@ class MemberTable {
     std::uint32_t hashOf(std::string_view name) const;
     std::size_t slotOf(std::string_view name, std::uint32_t hash) const;
     void freeSlot(std::size_t slot);
-    void growSlots();
+    void growSlots(std::size_t count);
     void tidyUp();
 
     std::vector<Member> members_;

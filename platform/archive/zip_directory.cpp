@@ -176,8 +176,14 @@ zStatus readEnding(const SourceFile& file, Ending& ending) {
 }
 
 zStatus readDirectory(const SourceFile& file, const Ending& ending, MemberTable& members) {
-    EntryReader reader(file, ending.directory);
+    // The count may be a lie, which is found out below; so it must not cost much here.
+    constexpr std::uint64_t mostTrusted = 1 << 20;
+    const std::uint64_t room = (ending.directory.end - ending.directory.begin) / central::fixedSize;
+    const auto expected = static_cast<std::size_t>(std::min({ending.count, room, mostTrusted}));
+    members.reserve(expected);
     std::vector<Extent> extents;
+    extents.reserve(expected);
+    EntryReader reader(file, ending.directory);
     std::uint64_t offset = ending.directory.begin;
     for (std::uint64_t i = 0; i < ending.count; ++i) {
         Entry entry;

@@ -143,12 +143,12 @@ zStatus Writer::writeCarriedCentral(std::string_view name, std::uint64_t origin,
     Entry entry;
     if (const zStatus status = reader_.readCentral(origin, entry); status != zStatus_Success) return status;
     secondReading_ = checksum::update(secondReading_, entry.central.data(), entry.central.size());
-    std::vector<std::uint8_t> header(entry.central.begin(), entry.central.end());
-    if (!moveCentral(header, entry.centralExtra, localOffset)) {
+    header_.assign(entry.central.begin(), entry.central.end());
+    if (!moveCentral(header_, entry.centralExtra, localOffset)) {
         return file_.refuseMember(name, "no room in its extra field for an offset beyond 4 GiB",
                                   zStatus_DoesNotFit);
     }
-    return output_.write(header);
+    return output_.write(header_);
 }
 
 zStatus Writer::writeAddedCentral(std::string_view name, const Content& content, std::uint64_t localOffset) {

@@ -40,6 +40,7 @@ class Writer {
     MemberData data_;
     OutputStream& output_;
     DirectoryPlace written_;
+    std::vector<std::uint8_t> header_;    // the central one at hand
     std::vector<std::uint64_t> offsets_;  // of local headers at first, then of central ones
     // The central headers are read twice, for their checksums and for copying them: both must be the same.
     std::uint32_t firstReading_ = 0;
