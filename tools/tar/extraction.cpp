@@ -124,7 +124,7 @@ void Extraction::makeHardLink() {
         return noteSymbolicLink(memberPath(current_.member.name).size() - 1);
     }
     if (path == current_.path) return;
-    prepareParents(target);
+    checkParents(target);
     if (isLink(path) || typeOf(path) != os::FileType::regular) throw Failure("a link to what is no file");
     clear(current_.path);
     require(os::createHardLink(path, current_.path));
@@ -138,15 +138,20 @@ std::string Extraction::pathOf(const Components& components, std::size_t count) 
     return path;
 }
 
-/// Makes the directories that the place lies in, each of which must be one and no link.
-void Extraction::prepareParents(const Components& components) const {
+/// The directories that the place lies in must be no links.
+void Extraction::checkParents(const Components& components) const {
     for (std::size_t count = 1; count < components.size(); ++count) {
         const std::string path = pathOf(components, count);
         if (symbolicLinks_.contains(path) || isLink(path)) {
             throw Failure("the name leads through a symbolic link");
         }
-        require(os::createDirectories(path));
     }
+}
+
+/// Makes the directories that the place lies in.
+void Extraction::prepareParents(const Components& components) const {
+    checkParents(components);
+    if (components.size() > 1) require(os::createDirectories(pathOf(components, components.size() - 1)));
 }
 
 /// Removes what is at `path`, unless it is a plain file, which its successor replaces in one step.

@@ -45,6 +45,7 @@ class Extraction : public MemberSink {
     void makeHardLink();
 
     std::string pathOf(const Components& components, std::size_t count) const;
+    void checkParents(const Components& components) const;
     void prepareParents(const Components& components) const;
     void clear(const std::string& path);
     void finishEntry(const Place& place) const;

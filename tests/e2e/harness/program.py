@@ -1,5 +1,6 @@
 """How the program under test is started: directly, or through an emulator for the Windows build."""
 
+import contextlib
 import os
 import re
 import resource
@@ -73,6 +74,24 @@ def start(program, arguments, directory, file_size=None, unprivileged=False, mer
         **other_user
     )
     return Result(text(done.stdout), text(done.stderr or b""), done.returncode)
+
+
+@contextlib.contextmanager
+def holding(path, directory):
+    """As long as it lasts, another program has the file `path` open for reading."""
+    helper = os.path.join(os.path.dirname(PROGRAM), "process_helper" + (".exe" if ON_WINDOWS else ""))
+    holder = subprocess.Popen(
+        EMULATOR + [helper, "hold", path],
+        cwd=directory,
+        env=environment(),
+        stdin=subprocess.PIPE,
+        stdout=subprocess.PIPE,
+        text=True,
+    )
+    with holder:
+        if holder.stdout.readline() != "holding\n":
+            raise RuntimeError(f"{path} cannot be held")
+        yield
 
 
 # What the runtime of a coverage build says when it may not write its counts, as on a full disk: not the program's.

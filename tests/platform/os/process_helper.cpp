@@ -1,13 +1,15 @@
-// What process_test.cpp starts: a program that shows what it was given, or ends in a certain way.
+// What tests start: a program that shows what it was given, ends in a certain way, or keeps a file open.
 //   process_helper words ...     writes the words after the first to standard output, one to a line
 //   process_helper terminate     ends by an exception that nobody catches
 //   process_helper quietly       the same, after os::silenceAbnormalEnd
+//   process_helper hold FILE     keeps the file open for reading until standard input ends; says so when it does
 // As "tar.exe" it writes its words to "words.txt" beside itself, makes noise on standard output and ends with
 // the status that stands in "status.txt".
 
 #include <cstdio>
 #include <fstream>
 #include <iostream>
+#include <limits>
 #include <stdexcept>
 #include <string_view>
 
@@ -32,6 +34,15 @@ int actAsTar(const std::vector<std::string>& words) {
     return status.read(0, number, sizeof number - 1, count) ? 96 : std::atoi(number);
 }
 
+int hold(const std::string& path) {
+    // The runtime's own way to open: on Windows nobody may remove the file then.
+    const std::ifstream file(path, std::ios::binary);
+    if (!file) return 93;
+    std::cout << "holding\n" << std::flush;
+    std::cin.ignore(std::numeric_limits<std::streamsize>::max());
+    return 0;
+}
+
 }  // namespace
 
 int main(int count, char** argument) {
@@ -43,6 +54,7 @@ int main(int count, char** argument) {
         for (std::size_t i = 2; i < words.size(); ++i) std::puts(words[i].c_str());
         return 0;
     }
+    if (words[1] == "hold") return words.size() == 3 ? hold(words[2]) : 92;
     if (words[1] == "quietly") os::silenceAbnormalEnd();
     throw std::runtime_error("nobody catches this");
 }
