@@ -25,7 +25,8 @@ def shown(seconds):
 def group(name, result, y):
     """The shapes of one scenario, from `y` downwards."""
     medians = {key: statistics.median(figures["seconds"]) for key, figures in result["runs"].items()}
-    own, longest = next(iter(result["runs"].values()))["seconds"], max(medians.values())
+    own_name, own = next(iter(result["runs"].items()))
+    longest = max(medians.values())
     yield f'<text class="title" x="10" y="{y + 14}">{html.escape(name)}</text>'
     for row, (key, seconds) in enumerate(medians.items(), start=1):
         top = y + 4 + row * BAR
@@ -33,8 +34,8 @@ def group(name, result, y):
         length = max(1, seconds / longest * LONGEST)
         note = shown(seconds)
         if is_rival:
-            ratio = statistics.median(a / b for a, b in zip(own, result["runs"][key]["seconds"]))
-            note += f", TaVekUtil takes {ratio:.2f} times as long"
+            ratio = statistics.median(a / b for a, b in zip(own["seconds"], result["runs"][key]["seconds"]))
+            note += f", {own_name.split()[0]} takes {ratio:.2f} times as long"
             note += "" if target is None else f" (at most {target:g} wanted)"
         yield f'<text x="20" y="{top + 12}">{html.escape(key)}</text>'
         kind = "rival" if is_rival else "own"

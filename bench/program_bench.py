@@ -124,6 +124,7 @@ def shell(text):
 class Bench:
     def __init__(self, arguments):
         self.program = str(pathlib.Path(arguments.program).resolve())
+        self.inspector = str(pathlib.Path(self.program).with_name("TaVekInspect"))
         self.work = pathlib.Path(arguments.work).resolve()
         self.rounds = arguments.rounds
         self.file = arguments.results and pathlib.Path(arguments.results)
@@ -166,13 +167,13 @@ class Bench:
 
     def report(self, name):
         print(f"\n{name}")
-        runs, targets = self.results[name]["runs"].values(), self.results[name]["targets"]
-        own = next(iter(runs))
-        for key, figures in self.results[name]["runs"].items():
+        runs, targets = self.results[name]["runs"], self.results[name]["targets"]
+        own_name, own = next(iter(runs.items()))
+        for key, figures in runs.items():
             line = f"  {key:<22} {statistics.median(figures['seconds']):8.3f} s  {max(figures['MiB']):7.1f} MiB"
             if key in targets:
                 ratio = statistics.median(a / b for a, b in zip(own["seconds"], figures["seconds"]))
-                line += f"   TaVekUtil takes {ratio:.2f} times as long, {verdict(ratio, targets[key])}"
+                line += f"   {own_name} takes {ratio:.2f} times as long, {verdict(ratio, targets[key])}"
             elif figures is own and "MiB" in targets:
                 line += "   memory: " + verdict(max(figures["MiB"]), targets["MiB"])
             print(line, flush=True)
@@ -246,6 +247,17 @@ def package_files(bench):
     bench.compare("a package into a script of 10,000 entries", directory, commands)
 
 
+def verify(bench):
+    """TaVekInspect checks more than the members' checksums: script and manifest, and what they say of each other."""
+    for name, make, method in (("stored", random_members, zipfile.ZIP_STORED), ("deflated", text_members, zipfile.ZIP_DEFLATED)):
+        directory = bench.directory("verify")
+        make_archive(directory / "in.zip", make(64, 16 * MIB, 1), 64, method)
+        bench.compare(f"1 GiB {name}: verify", directory, {
+            "TaVekInspect verify": [bench.inspector, "verify", "in.zip"],
+            "unzip -tq": ["unzip", "-tq", "in.zip"],
+        }, {"unzip -tq": 0.67})
+
+
 def start_up(bench):
     """Many starts in one figure, for one alone is lost in the noise."""
     loop = "i=0; while [ $i -lt 200 ]; do {} >/dev/null; i=$((i+1)); done"
@@ -257,7 +269,7 @@ def start_up(bench):
 
 
 SCENARIOS = {"stored": stored, "deflated": deflated, "members": small_members, "files": package_files,
-             "start": start_up}
+             "verify": verify, "start": start_up}
 
 
 def main():

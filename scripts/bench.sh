@@ -2,7 +2,7 @@
 # Measures the program and its parts against others doing the same work, everything in turn in one run.
 #
 #   scripts/bench.sh                all scenarios of bench/program_bench.py, then the parts
-#   scripts/bench.sh stored files   these scenarios alone (stored, deflated, members, files, start)
+#   scripts/bench.sh stored files   these scenarios alone (stored, deflated, members, files, verify, start)
 #
 # Raw numbers go to build/bench/, the chart to build/bench/chart.svg; scenarios that are left out keep the numbers of their
 # last run. Takes about ten minutes and 6 GiB of disk.
