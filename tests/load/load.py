@@ -2,11 +2,14 @@
 """Runs one batch over many archives and packages, and watches the memory and the open files of the process meanwhile.
 
     load.py --program build/release/bin/TaVekUtil [--archives 200] [--packages 20] [--files 5] [--size 256]
+            [--samples FILE]
 
-Memory and files held while the last fifth of the archives is saved must be what they were early in the run.
+Memory and files held while the last fifth of the archives is saved must be what they were early in the run. FILE gets what was
+seen, as JSON, for bench/load_chart.py.
 """
 
 import argparse
+import json
 import os
 import pathlib
 import random
@@ -16,7 +19,7 @@ import sys
 import tempfile
 import threading
 import time
-from dataclasses import dataclass
+from dataclasses import asdict, dataclass
 
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "e2e"))
@@ -30,6 +33,7 @@ SLACK_KIB = 1024
 
 @dataclass
 class Sample:
+    seconds: float  # since the start
     saved: int  # archives done so far
     resident: int  # KiB
     files: int
@@ -42,6 +46,7 @@ def options_of(arguments):
     parser.add_argument("--packages", type=int, default=20)
     parser.add_argument("--files", type=int, default=5, help="files of each package")
     parser.add_argument("--size", type=int, default=256, help="KiB of each archive, half of it deflated")
+    parser.add_argument("--samples", help="where to keep what was seen")
     return parser.parse_args(arguments)
 
 
@@ -77,17 +82,18 @@ def lay_out_package(package, number, files, dice):
     pathlib.Path(package, "vek_manifest.xml").write_text(manifest)
 
 
-def sampled(process, progress):
+def sampled(process, seconds, progress):
     """One look at the process; None when it is gone."""
     try:
         pages = int(pathlib.Path(f"/proc/{process.pid}/statm").read_text().split()[1])
-        return Sample(progress[0], pages * PAGE // 1024, len(os.listdir(f"/proc/{process.pid}/fd")))
+        return Sample(seconds, progress[0], pages * PAGE // 1024, len(os.listdir(f"/proc/{process.pid}/fd")))
     except (OSError, IndexError):
         return None
 
 
 def watched(program, configuration):
     """The exit status and the samples of a run."""
+    begin = time.monotonic()
     process = subprocess.Popen([program, "--config", configuration], stdout=subprocess.PIPE, text=True)
     progress = [0]
 
@@ -99,7 +105,7 @@ def watched(program, configuration):
     reader.start()
     samples = []
     while process.poll() is None:
-        sample = sampled(process, progress)
+        sample = sampled(process, time.monotonic() - begin, progress)
         if sample and sample.resident:
             samples.append(sample)
         time.sleep(0.002)
@@ -140,7 +146,9 @@ def main(arguments):
     )
     try:
         status, saved, samples = watched(os.path.abspath(options.program), lay_out(root, options))
-        print(f"{saved} of {options.archives} archives saved, exit status {status}")
+        print(f"{saved} of {options.archives} archives saved in {samples[-1].seconds:.1f} s, exit status {status}")
+        if options.samples:
+            pathlib.Path(options.samples).write_text(json.dumps([asdict(sample) for sample in samples]))
         return 0 if status == 0 and saved == options.archives and judged(options, samples) else 1
     finally:
         shutil.rmtree(root, ignore_errors=True)
