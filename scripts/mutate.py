@@ -6,10 +6,11 @@ builds, and runs the tests until one fails.
     scripts/mutate.py --sample 20 platform/xml/layout.cpp TaVekUtil/edit
     scripts/mutate.py --list platform/base/path.cpp      the changes that could be made there
 
-Works in build/mutate, on a copy of what git knows; the working tree is not touched. Results are kept there by seed,
-and a run that was broken off goes on where it stopped. Tests run from the near to the far: those of the changed file's
-folder, then the others by the time they take; a test whose program the change does not reach is left out. A change
-that does not build counts for nothing. The exit status is 1 when fewer than --least per cent are caught.
+Works in build/mutate, or where TAVEK_MUTATE says, so that several can run at a time, on a copy of what git knows; the
+working tree is not touched. Results are kept there by seed, and a run that was broken off goes on where it stopped.
+Tests run from the near to the far: those of the changed file's folder, then the others by the time they take; a test
+whose program the change does not reach is left out. A change that does not build counts for nothing. The exit status
+is 1 when fewer than --least per cent are caught.
 """
 
 import argparse
@@ -26,7 +27,7 @@ import time
 from dataclasses import asdict, dataclass
 
 REPOSITORY = pathlib.Path(__file__).resolve().parent.parent
-HOME = REPOSITORY / "build" / "mutate"
+HOME = pathlib.Path(os.environ.get("TAVEK_MUTATE", REPOSITORY / "build" / "mutate"))
 SOURCE, BUILD = HOME / "source", HOME / "build"
 FOLDERS = ("TaVekUtil", "platform")
 # Other systems' sources are not built here.
