@@ -19,13 +19,16 @@ using posix::native;
 
 namespace {
 
-std::error_code createDirectory(const std::string& name, const std::string& parent) {
-    return ::mkdir(name.c_str(), 0777) == 0 ? flushDirectory(parent) : lastError();
-}
-
 bool isDirectory(const std::string& name) {
     FileType type{};
     return !fileType(name, type) && type == FileType::directory;
+}
+
+/// Makes one directory; one that is there, or that somebody else makes meanwhile, will do.
+std::error_code createDirectory(const std::string& name, const std::string& parent) {
+    if (::mkdir(name.c_str(), 0777) == 0) return flushDirectory(parent);
+    const std::error_code error = lastError();
+    return error == std::errc::file_exists && isDirectory(name) ? std::error_code{} : error;
 }
 
 }  // namespace
@@ -35,7 +38,6 @@ std::error_code createDirectories(const std::string& path) {
     while (name.size() > 1 && name.back() == '/') name.pop_back();
     const std::string parent = directoryOf(name);
     const std::error_code error = createDirectory(name, parent);
-    if (error == std::errc::file_exists) return isDirectory(name) ? std::error_code{} : error;
     if (error != std::errc::no_such_file_or_directory || parent.size() >= name.size() || parent == ".") {
         return error;
     }

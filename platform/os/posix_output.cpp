@@ -47,7 +47,8 @@ std::error_code followDanglingLink(std::string& target) {
         const ssize_t length = ::readlink(target.c_str(), destination.data(), destination.size());
         if (length < 0) return errno == EINVAL || errno == ENOENT ? std::error_code{} : lastError();
         destination.resize(static_cast<std::size_t>(length));
-        if (!isAbsolute(destination)) destination.insert(0, directoryOf(target) + '/');
+        // What a link holds is the system's own writing, in which `\` is a character like any other.
+        if (!destination.starts_with('/')) destination.insert(0, directoryOf(target) + '/');
         target = std::move(destination);
     }
     return std::make_error_code(std::errc::too_many_symbolic_link_levels);

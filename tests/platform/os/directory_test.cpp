@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <thread>
 
 #include "platform/os/os.h"
 #include "tests/testing/scratch_directory.h"
@@ -42,6 +43,21 @@ TEST(CreateDirectories, takesARelativePath) {
     fs::current_path(before);
     EXPECT_FALSE(one || two);
     EXPECT_THAT(scratch.entries(), ElementsAre("a", "b"));
+}
+
+TEST(CreateDirectories, succeedsWhenOthersMakeTheSameMeanwhile) {
+    const ScratchDirectory scratch;
+    for (int round = 0; round < 100; ++round) {
+        const std::string path = scratch.path("a" + std::to_string(round) + "/b/c/d");
+        std::error_code errors[4];
+        std::vector<std::thread> makers;
+        for (std::error_code& error : errors) {
+            makers.emplace_back([&] { error = os::createDirectories(path); });
+        }
+        for (std::thread& maker : makers) maker.join();
+        for (const std::error_code& error : errors) ASSERT_FALSE(error) << error.message();
+        ASSERT_TRUE(fs::is_directory(path));
+    }
 }
 
 TEST(CreateDirectories, tellsWhyItCannot) {

@@ -120,6 +120,14 @@ TEST(Link, thatDanglesIsFollowedToItsPlace) {
     EXPECT_TRUE(fs::is_symlink(scratch.path("second")));
 }
 
+TEST(Link, thatDanglesToANameWithABackslashIsFollowedThere) {
+    const ScratchDirectory scratch;
+    fs::create_symlink("\\new.txt", scratch.path("link"));
+    ASSERT_FALSE(save(scratch.path("link"), "new"));
+    EXPECT_THAT(scratch.entries(), ElementsAre("\\new.txt", "link"));
+    EXPECT_EQ(testing::readFile(scratch.path("link")), "new");
+}
+
 TEST(Link, inACircleIsRefused) {
     const ScratchDirectory scratch;
     fs::create_symlink("b", scratch.path("a"));
