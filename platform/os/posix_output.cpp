@@ -91,13 +91,13 @@ mode_t modeLike(const std::string& model) {
 }
 
 /// Gives the new file the owner and permissions of the one it replaces. An owner that this user may not give
-/// files to is no failure; the permissions are then kept all the same, but not the right to run as the owner,
-/// who is another now.
+/// files to, or whom this container does not know (EINVAL), is no failure; the permissions are then kept all
+/// the same, but not the right to run as the owner, who is another now.
 std::error_code takeOver(int file, const struct stat& replaced) {
     constexpr mode_t everyBit = 07777;
     constexpr mode_t accessBits = 0777;
     const bool sameOwner = ::fchown(file, replaced.st_uid, replaced.st_gid) == 0;
-    if (!sameOwner && errno != EPERM) return lastError();
+    if (!sameOwner && errno != EPERM && errno != EINVAL) return lastError();
     const mode_t mode = replaced.st_mode & (sameOwner ? everyBit : accessBits);
     return ::fchmod(file, mode) == 0 ? std::error_code{} : lastError();
 }

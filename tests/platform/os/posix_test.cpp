@@ -2,12 +2,16 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sched.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
+#include <optional>
 #include <thread>
 
 #include "platform/os/os.h"
@@ -86,6 +90,38 @@ TEST(Permissions, ofANewFileFollowItsModel) {
     ASSERT_FALSE(file.openLike(scratch.path("old"), model));
     ASSERT_FALSE(file.commit());
     EXPECT_EQ(modeOf(scratch.path("old")), 0604u) << "a replaced file's own win";
+}
+
+/// Puts this process into a container that knows no user but root.
+bool enterContainer() {
+    if (::unshare(CLONE_NEWUSER) != 0) return false;
+    std::ofstream users("/proc/self/uid_map");
+    users << "0 0 1\n" << std::flush;
+    return users.good();
+}
+
+/// Runs `action` in a process of its own in such a container; answers its exit status, nothing where that
+/// cannot be done.
+template <typename Action>
+std::optional<int> inAContainer(Action action) {
+    constexpr int cannot = 77;
+    const pid_t child = ::fork();
+    if (child == 0) ::_exit(enterContainer() ? action() : cannot);
+    int status = 0;
+    if (child < 0 || ::waitpid(child, &status, 0) < 0 || !WIFEXITED(status)) return {};
+    return WEXITSTATUS(status) == cannot ? std::nullopt : std::optional(WEXITSTATUS(status));
+}
+
+TEST(Permissions, areKeptThoughNobodyHereKnowsTheOwner) {
+    const ScratchDirectory scratch;
+    const std::string path = scratch.write("a.txt", "old");
+    ASSERT_EQ(::chmod(path.c_str(), 0664), 0);
+    if (::chown(path.c_str(), 12345, 12345) != 0) GTEST_SKIP() << "only root can give files away";
+    const auto status = inAContainer([&] { return save(path, "new") ? 1 : 0; });
+    if (!status) GTEST_SKIP() << "no containers here";
+    EXPECT_EQ(*status, 0);
+    EXPECT_EQ(scratch.read("a.txt"), "new");
+    EXPECT_EQ(modeOf(path), 0664u);
 }
 
 TEST(Permissions, ofAnUnfinishedReplacementAreTight) {
