@@ -29,9 +29,11 @@ class Buffer {
     Buffer(const Buffer&) = delete;
     Buffer& operator=(const Buffer&) = delete;
 
-    /// Where an operation is to put the block and its size; what was held so far is released.
+    /// Where an operation is to put the block and its size; what was held so far is released, so that a
+    /// failed operation leaves the buffer empty.
     void** data() {
         zAllocator_Release(nullptr, std::exchange(data_, nullptr));
+        size_ = 0;
         return &data_;
     }
     std::size_t* size() { return &size_; }

@@ -5,7 +5,12 @@
 #include "platform/base/object.h"
 #include "platform/base/status.h"
 
-/// The directory that holds the running program.
+/// Operations on directories. A path is UTF-8 and may use either separator. Unless told otherwise, failures
+/// answer zStatus_NotFound when there is no such directory and zStatus_IoError for whatever else the system
+/// refuses.
+
+/// The directory that holds the running program. One that does not fit into `capacity` characters, terminator
+/// included, answers zStatus_DoesNotFit and leaves the buffer empty.
 zStatus zDirectory_Application(char* destination, std::size_t capacity);
 
 /// True when `path` names an existing directory.

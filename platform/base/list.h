@@ -9,11 +9,12 @@
 enum zItemType { zItemType_String };
 
 /// Creates an empty growable list, to be given back with zObject_Destroy. `initialCapacity` is a hint in
-/// items, 0 for none.
+/// items, 0 for none. The list hands out no blocks, so `allocator` makes no difference. zStatus_Unsupported
+/// for another type; `*list` is null after a failure.
 zStatus zArrayList_Construct(zHandle* list, zItemType type, std::size_t initialCapacity,
                              const zAllocator* allocator);
 
-/// Appends a copy of `text`.
+/// Appends a copy of `text`. zStatus_BadArgument for what is no list.
 zStatus zArrayList_AddString(zHandle list, const char* text);
 
 /// Number of items; 0 for what is no list.

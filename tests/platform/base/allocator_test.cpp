@@ -55,6 +55,7 @@ TEST(Buffer, ownsWhatIsPutIntoIt) {
     EXPECT_NE(buffer.bytes(), nullptr);
     EXPECT_EQ(buffer.byteCount(), 3u);
     EXPECT_EQ(*buffer.data(), nullptr) << "asking for the place releases what was there";
+    EXPECT_EQ(buffer.byteCount(), 0u);
 }
 
 }  // namespace
