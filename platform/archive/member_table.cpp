@@ -140,7 +140,7 @@ void MemberTable::tidyUp() {
         nameEnd += member.nameLength;
         const std::uint32_t hash = hashOf(nameOf(member));
         if (&members_[kept] != &member) members_[kept] = std::move(member);
-        // All names differ, so the comparison in slotOf never meets a member that has moved.
+        // All names differ, so the first free place is the one; slotOf would look at names that have moved.
         const std::size_t mask = slots_.size() - 1;
         std::size_t place = hash & mask;
         while (slots_[place].member != 0) place = (place + 1) & mask;

@@ -9,7 +9,7 @@
 #include "platform/os/os.h"
 
 /// Gathers what is written into large pieces. Bytes can be put together in the buffer itself, which spares
-/// copying them there. A stream without a file counts bytes and forgets them.
+/// copying them there. A stream without a file counts bytes and forgets them; it is never committed.
 class OutputStream {
   public:
     OutputStream();

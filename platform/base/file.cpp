@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <limits>
-#include <memory>
+#include <utility>
 #include <vector>
 
 #include "platform/base/failure.h"

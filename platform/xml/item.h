@@ -81,7 +81,8 @@ class ItemPool {
         if (free_ == end_) grow();
         return new (free_++) Item{text, nullptr, nullptr, nullptr, nullptr, nullptr, 0, 0, 0, 0, 0};
     }
-    /// True when `item` is one of this pool, whatever the pointer is.
+    /// True when `item` points into the memory of this pool, whatever else the pointer may be: it is not
+    /// looked at. So a pointer to no item's beginning would count, which nobody was ever given.
     bool owns(const Item* item) const;
 
   private:

@@ -37,11 +37,13 @@ zStatus zXml_LoadBytes(zHandle* document, const void* bytes, std::size_t size, c
 /// Parses text up to its terminating zero, as zXml_LoadBytes.
 zStatus zXml_FromText(zHandle* document, const char* text, const zAllocator* allocator);
 
-/// Writes the whole document to the file `path`, replacing it, complete or not at all.
+/// Writes the whole document to the file `path`, replacing it, complete or not at all. A document without a
+/// root answers zStatus_BadArgument.
 zStatus zXml_Save(zHandle document, const char* path);
 
 /// Serialises the whole document into a new block of `allocator` (null: the application allocator), which
-/// then belongs to the caller. `*bytes` is null after a failure.
+/// then belongs to the caller; no zero byte stands behind its `*size` bytes. A document without a root
+/// answers zStatus_BadArgument. `*bytes` is null after a failure.
 zStatus zXml_SaveBytes(zHandle document, void** bytes, std::size_t* size, const zAllocator* allocator);
 
 // ---- Navigating -----------------------------------------------------------------------------------------
@@ -70,7 +72,8 @@ std::size_t zXml_ChildCount(zHandle document, zXmlItem item);
 /// as walking by sibling.
 zXmlItem zXml_ChildAt(zHandle document, zXmlItem item, std::size_t index);
 
-/// The element's name, owned by the document and valid until its next operation; null for no item.
+/// The element's name, owned by the document and valid as long as that lives, even when the element is
+/// deleted; null for no item.
 const char* zXml_ItemName(zHandle document, zXmlItem item);
 
 // ---- Reading text ---------------------------------------------------------------------------------------
@@ -90,7 +93,8 @@ zStatus zXml_AttrText(zHandle document, zXmlItem item, const char* name, char* b
 // ---- Changing -------------------------------------------------------------------------------------------
 
 /// Appends an empty element as the last child of `parent`; with a null parent it becomes the root of an empty
-/// document. `item` may be null. A name that XML does not allow is refused with zStatus_BadArgument.
+/// document. `item` may be null. A name that XML does not allow or that the document's encoding cannot hold
+/// is refused with zStatus_BadArgument, and so is a second root.
 zStatus zXml_AddItem(zHandle document, zXmlItem parent, const char* name, zXmlItem* item);
 
 /// Replaces the element's text. Text that XML cannot hold or that is no UTF-8 is refused with
@@ -101,7 +105,9 @@ zStatus zXml_SetItemText(zHandle document, zXmlItem item, const char* text);
 zStatus zXml_SetAttrText(zHandle document, zXmlItem item, const char* name, const char* text);
 
 /// Appends a deep copy of `sourceItem` (of another document or the same one) under `parent`: as the last
-/// child when `before` is null, else before that child. `copy` may be null.
+/// child when `before` is null, else before that child; with a null parent as the root of an empty document.
+/// `copy` may be null. zStatus_BadArgument for a second root, and for a copy with a name or a comment that
+/// the document's encoding cannot hold.
 zStatus zXml_CopyItem(zHandle document, zXmlItem parent, zXmlItem before, zHandle sourceDocument,
                       zXmlItem sourceItem, zXmlItem* copy);
 

@@ -22,7 +22,7 @@ Number takeNumber(std::string_view& text, std::string_view what) {
     return number;
 }
 
-/// Seconds since 1970 with an optional fraction; finer than nanoseconds is cut towards the past.
+/// Seconds since 1970 with an optional fraction, whose digits beyond the ninth are cut off.
 os::Time timeOf(std::string_view text) {
     constexpr std::string_view fault = "a time that is none";
     const bool negative = text.starts_with('-');

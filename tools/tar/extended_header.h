@@ -17,7 +17,8 @@ struct Overrides {
     std::optional<os::Time> time;
 
     /// Takes in the records ("LENGTH KEYWORD=VALUE" and a line feed each) of an extended header; a value of
-    /// nothing takes back what an earlier one said. Throws Failure when they are malformed.
+    /// nothing takes back what an earlier record said that was read into this object. Throws Failure when
+    /// they are malformed.
     void read(std::string_view records);
 
     /// Puts what is said here in place of what the plain header says.
