@@ -9,8 +9,8 @@
 #include <system_error>
 #include <vector>
 
-/// Everything that differs between operating systems: the one header, implemented by the sources posix_*.cpp
-/// and windows_*.cpp.
+/// Everything that differs between operating systems, implemented by the sources posix_*.cpp and
+/// windows_*.cpp. Two small headers beside this one hold what TaVekInspect alone asks: access.h, terminal.h.
 ///
 /// Paths are UTF-8 and may use `/` and `\` on every system. An operation that fails answers the system's
 /// error code; `code == std::errc::no_such_file_or_directory` and the like compare alike on every system, and
@@ -41,7 +41,8 @@ enum class FileType { absent, regular, directory, other };
 
 // ---- Reading -------------------------------------------------------------------------------------------
 
-/// A file opened for reading at any place. Others may read, rename and delete the file meanwhile.
+/// A file opened for reading at any place. Others may read, rename and delete the file meanwhile. What
+/// follows isOpen() here asks for an open file.
 class InputFile {
   public:
     InputFile();
@@ -49,7 +50,8 @@ class InputFile {
     InputFile(InputFile&&) noexcept;
     InputFile& operator=(InputFile&&) noexcept;
 
-    /// Opens `path`; a file open so far is closed. A directory answers std::errc::is_a_directory.
+    /// Opens `path` in the place of a file open so far, which stays open after a failure. A directory answers
+    /// std::errc::is_a_directory.
     [[nodiscard]] std::error_code open(const std::string& path);
     void close();
     bool isOpen() const;
@@ -77,7 +79,8 @@ class InputFile {
 
 /// A file that appears complete or not at all. What is written goes to a temporary file beside the target
 /// (`.` first, a short name of its own), which `commit` flushes to disk and renames over the target; an
-/// object that goes without `commit` removes the temporary file.
+/// object that goes without `commit` removes the temporary file. Between them, from a successful `open` on,
+/// `write` as often as it takes.
 ///
 /// A symbolic link is followed, not replaced; the permissions of a replaced file are kept. A target that
 /// exists and is no regular file (a pipe, a device) is written directly.
@@ -88,7 +91,8 @@ class OutputFile {
     OutputFile(OutputFile&&) noexcept;
     OutputFile& operator=(OutputFile&&) noexcept;
 
-    /// Begins writing for `target`. A directory answers std::errc::is_a_directory.
+    /// Begins writing for `target`; what was begun for another one is given up. A directory answers
+    /// std::errc::is_a_directory.
     [[nodiscard]] std::error_code open(const std::string& target);
     /// Begins as `open`, and a target that is new gets the permission bits of `model`, less the umask.
     [[nodiscard]] std::error_code openLike(const std::string& target, const std::string& model);
@@ -96,9 +100,10 @@ class OutputFile {
     /// Appends `size` bytes, all of them or an error.
     [[nodiscard]] std::error_code write(const void* bytes, std::size_t size);
 
-    /// Flushes the content to disk and puts it in the target's place, durably. After a failure the target is
-    /// what it was; only when the last step fails, flushing the new name, it is the new file. On Windows a
-    /// target that somebody holds open in a way that forbids replacing it fails.
+    /// Flushes the content to disk and puts it in the target's place, durably; in any case nothing is open
+    /// afterwards. After a failure the target is what it was; only when the last step fails, flushing the new
+    /// name, it is the new file. On Windows a target that somebody holds open in a way that forbids replacing
+    /// it fails.
     [[nodiscard]] std::error_code commit();
 
   private:

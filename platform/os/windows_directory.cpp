@@ -32,13 +32,18 @@ class Search {
     HANDLE handle_;
 };
 
-bool isPlainFile(const std::string& directory, const WIN32_FIND_DATAW& entry, const std::string& name) {
-    if ((entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
-        return (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
-    }
-    // A link that leads nowhere or that may not be followed is none that the caller could use.
+/// Finds out whether an entry is a plain file or a link to one. Where that cannot be told it is an error, for
+/// a file must not be passed over in silence.
+std::error_code isPlainFile(const std::string& directory, const WIN32_FIND_DATAW& entry,
+                            const std::string& name, bool& plain) {
+    const bool mayBeLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    plain = !mayBeLink && (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+    if (!mayBeLink) return {};
     FileType type{};
-    return !fileType(directory + '\\' + name, type) && type == FileType::regular;
+    const std::error_code error = fileType(directory + '\\' + name, type);
+    plain = !error && type == FileType::regular;
+    // Links in a circle lead nowhere.
+    return error == std::errc::too_many_symbolic_link_levels ? std::error_code{} : error;
 }
 
 /// What the `error` that a search of `directory` ended with at once means.
@@ -86,7 +91,9 @@ std::error_code listFiles(const std::string& directory, std::vector<std::string>
     std::vector<std::string> found;
     do {
         std::string name = windows::narrow(search.entry().cFileName);
-        if (isPlainFile(directory, search.entry(), name)) found.push_back(std::move(name));
+        bool plain = false;
+        if (std::error_code error = isPlainFile(directory, search.entry(), name, plain)) return error;
+        if (plain) found.push_back(std::move(name));
     } while (search.next());
     if (::GetLastError() != ERROR_NO_MORE_FILES) return lastError();
     names.insert(names.end(), found.begin(), found.end());

@@ -150,8 +150,7 @@ std::error_code followLinks(std::wstring& target) {
     return errorOf(ERROR_CANT_RESOLVE_FILENAME);
 }
 
-// ---- Taking the target's place
-// -----------------------------------------------------------------------------
+// ---- Taking the target's place ---------------------------------------------------------------------------
 
 /// Renames the open file over `target` so that whoever has the old file open keeps it. Only newer versions of
 /// Windows and their own file system can.
@@ -183,7 +182,7 @@ bool mayBeMovedAside(const std::wstring& target) {
 
 /// Moves the closed file `temporary` over `target`, on systems and file systems that cannot rename an open
 /// file. There a file that is open for reading cannot be moved over, but it can be moved aside: then, for a
-/// moment, the target's name is nobody's.
+/// moment, the target's name is nobody's. Should moving it back fail, too, it stays under that other name.
 bool moveClosedFile(const std::wstring& temporary, const std::wstring& target) {
     if (moveFile(temporary, target)) return true;
     const DWORD error = ::GetLastError();
