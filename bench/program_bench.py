@@ -126,21 +126,30 @@ class Bench:
         self.program = str(pathlib.Path(arguments.program).resolve())
         self.inspector = str(pathlib.Path(self.program).with_name("TaVekInspect"))
         self.work = pathlib.Path(arguments.work).resolve()
+        self.made = set()
         self.rounds = arguments.rounds
         self.file = arguments.results and pathlib.Path(arguments.results)
         self.results = json.loads(self.file.read_text()) if self.file and self.file.exists() else {}
 
     def directory(self, name):
-        directory = self.work / name
+        """A new directory in the work directory, in which nothing of that name may be but a benchmark's."""
+        directory = self.work / ("tavek-bench-" + name)
         shutil.rmtree(directory, ignore_errors=True)
         directory.mkdir(parents=True)
+        self.made.add(directory)
         return directory
+
+    def tidy_up(self):
+        """Removes what was made, and nothing else that the work directory may hold."""
+        for directory in self.made:
+            shutil.rmtree(directory, ignore_errors=True)
+        self.made.clear()
 
     def compare(self, name, directory, commands, targets=None, outputs=(), same=()):
         """Runs `commands` (name -> command) in turn; `outputs` are removed before each run.
 
-        `targets` says how many times a rival's time the program, the first command, may take, None for a rival that sets no
-        mark; "MiB", how much memory.
+        `targets` says how many times a rival's time the program, the first command, may take, None for a rival that
+        sets no mark; "MiB", how much memory.
         After the first run of the program and of each rival in `same` their outputs hold the same members.
         """
         figures = {key: [] for key in commands}
@@ -286,7 +295,7 @@ def main():
     print(f"size of the program: {size:.2f} MiB, {verdict(size, 2)}")
     for name in arguments.only.split(","):
         SCENARIOS[name](bench)
-        shutil.rmtree(bench.work, ignore_errors=True)
+        bench.tidy_up()
 
 
 if __name__ == "__main__":
