@@ -1,4 +1,4 @@
-// A whole batch in memory of the process: an archive, a package and a configuration made from the input, the
+// A whole batch within this process: an archive, a package and a configuration made from the input, the
 // program's own entry point, and then the promises that hold for every input. The archive that was read keeps
 // its bytes; status and messages agree; nothing is left behind but a result, which loads, names its platform,
 // and comes out the same when the run is repeated.

@@ -153,7 +153,7 @@ bool addEntry(zHandle script, const Edit& edit) {
 
 void rewrite(Members& held, zHandle script) {
     drop(held, "script.xml");
-    held.emplace_back("script.xml", testing::savedBytes(script));
+    held.emplace_back("script.xml", testing::writtenBytes(script));
 }
 
 Ending injected(Members& held, zHandle script, const Edit& edit) {

@@ -15,7 +15,7 @@
 namespace {
 
 using testing::describeTree;
-using testing::savedBytes;
+using testing::writtenBytes;
 
 void require(bool condition, const char* what) {
     if (condition) return;
@@ -80,7 +80,7 @@ zStatus setAndRead(Dice& dice, zHandle document, zXmlItem item) {
 
 /// An element that is added, and filled, and deleted again leaves the bytes as they were.
 void addAndDelete(Dice& dice, zHandle document, zXmlItem parent) {
-    const std::string before = savedBytes(document);
+    const std::string before = writtenBytes(document);
     zXmlItem added = nullptr;
     const bool isCopied = dice.roll(3) == 0;
     zXmlItem place = isCopied && dice.roll(2) == 0 ? zXml_FirstChild(document, parent) : nullptr;
@@ -90,7 +90,7 @@ void addAndDelete(Dice& dice, zHandle document, zXmlItem parent) {
     if (status != zStatus_Success) return;
     static_cast<void>(setAndRead(dice, document, added));
     require(zXml_DeleteItem(document, added) == zStatus_Success, "an added element cannot be deleted");
-    require(savedBytes(document) == before, "adding and deleting left a trace");
+    require(writtenBytes(document) == before, "adding and deleting left a trace");
     require(zXml_DeleteItem(document, added) == zStatus_BadArgument, "a dead element can be deleted");
 }
 
@@ -117,14 +117,14 @@ zStatus edit(Dice& dice, zHandle document, bool isLarge) {
 
 /// Makes an edit; one that is refused must leave no trace.
 void change(Dice& dice, zHandle document) {
-    const std::string before = savedBytes(document);
+    const std::string before = writtenBytes(document);
     if (edit(dice, document, before.size() > 20'000) != zStatus_Success)
-        require(savedBytes(document) == before, "a refused edit left a trace");
+        require(writtenBytes(document) == before, "a refused edit left a trace");
 }
 
 void checkReread(zHandle document) {
     if (zXml_Root(document) == nullptr) return;
-    const std::string written = savedBytes(document);
+    const std::string written = writtenBytes(document);
     Ta::Object<zHandle> again;
     const zStatus status = zXml_LoadBytes(again.out(), written.data(), written.size(), nullptr);
     if (status != zStatus_Success)
@@ -143,7 +143,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         require(document.get() == nullptr && !failure::detailOf(status).empty(), "refused without a word");
         return 0;
     }
-    require(savedBytes(document.get()) == input, "an untouched document is written otherwise");
+    require(writtenBytes(document.get()) == input, "an untouched document is written otherwise");
 
     Dice dice(input);
     const std::size_t edits = size > 4096 ? 4 : 12;

@@ -12,11 +12,11 @@ void put(Ta::Text<Capacity>& text, const std::string& value) {
 
 }  // namespace
 
-std::string packageManifest(const PackageSpec& package) {
+std::string packageManifest(const MadeUpPackage& package) {
     std::string text = "<VekAppPackage><BeVersion>" + package.beVersion + "</BeVersion><VekApp name=\"" +
                        package.name + "\">";
     std::string platform;
-    for (const FileSpec& file : package.files) {
+    for (const MadeUpFile& file : package.files) {
         if (file.platform != platform) {
             if (!platform.empty()) text += "</Platform>";
             text += "<Platform name=\"" + file.platform + "\">";
@@ -30,19 +30,19 @@ std::string packageManifest(const PackageSpec& package) {
 }
 
 std::string writePackage(const ScratchDirectory& scratch, const std::string& name,
-                         const PackageSpec& package) {
-    for (const FileSpec& file : package.files) scratch.write(name + '/' + file.source, file.content);
+                         const MadeUpPackage& package) {
+    for (const MadeUpFile& file : package.files) scratch.write(name + '/' + file.source, file.content);
     scratch.write(name + "/vek_manifest.xml", packageManifest(package));
     return scratch.path(name);
 }
 
 AddonPackage loadedPackage(const ScratchDirectory& scratch, const std::string& name,
-                           const PackageSpec& package) {
+                           const MadeUpPackage& package) {
     const std::string directory = writePackage(scratch, name, package);
     AddonPackage loaded;
     put(loaded.beVersion, package.beVersion);
     put(loaded.name, package.name);
-    for (const FileSpec& wanted : package.files) {
+    for (const MadeUpFile& wanted : package.files) {
         PackageFile file;
         put(file.platform, wanted.platform);
         put(file.type, wanted.type);

@@ -9,7 +9,7 @@
 namespace testing {
 
 /// One file of a package that a test makes up.
-struct FileSpec {
+struct MadeUpFile {
     std::string platform;
     std::string source;       ///< Relative to the package directory.
     std::string destination;  ///< Empty for the default.
@@ -18,21 +18,21 @@ struct FileSpec {
 };
 
 /// A package that a test makes up.
-struct PackageSpec {
+struct MadeUpPackage {
     std::string name;
     std::string beVersion = "*";
-    std::vector<FileSpec> files = {};
+    std::vector<MadeUpFile> files = {};
 };
 
 /// The text of the package's "vek_manifest.xml": one platform element for each run of files of one platform.
-std::string packageManifest(const PackageSpec& package);
+std::string packageManifest(const MadeUpPackage& package);
 
 /// Writes the package's files and its "vek_manifest.xml" into the directory `name`; answers its path.
 std::string writePackage(const ScratchDirectory& scratch, const std::string& name,
-                         const PackageSpec& package);
+                         const MadeUpPackage& package);
 
 /// The package as loading would give it, its files written into the directory `name`.
 AddonPackage loadedPackage(const ScratchDirectory& scratch, const std::string& name,
-                           const PackageSpec& package);
+                           const MadeUpPackage& package);
 
 }  // namespace testing

@@ -40,7 +40,7 @@ std::string describeTree(zHandle document) {
     return text;
 }
 
-std::string savedBytes(zHandle document) {
+std::string writtenBytes(zHandle document) {
     Ta::Buffer buffer;
     if (zXml_SaveBytes(document, buffer.data(), buffer.size(), nullptr) != zStatus_Success) return {};
     return {static_cast<const char*>(buffer.bytes()), buffer.byteCount()};

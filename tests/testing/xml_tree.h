@@ -12,6 +12,6 @@ namespace testing {
 std::string describeTree(zHandle document);
 
 /// The document as it would be saved; "" when it cannot be.
-std::string savedBytes(zHandle document);
+std::string writtenBytes(zHandle document);
 
 }  // namespace testing

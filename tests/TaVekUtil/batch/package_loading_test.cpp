@@ -38,7 +38,7 @@ struct Packages {
     explicit Packages(const char* platform = "all") {
         EXPECT_EQ(zStrCopy(config.platform.data(), config.platform.capacity(), platform), zStatus_Success);
     }
-    std::string add(const testing::PackageSpec& package) {
+    std::string add(const testing::MadeUpPackage& package) {
         const std::string name = "pkg" + std::to_string(config.vekPkgsToLoad.size());
         return config.vekPkgsToLoad.emplace_back(testing::writePackage(scratch, name, package));
     }
@@ -117,12 +117,12 @@ TEST(LoadPackage, keepsEachManifestAsLongAsItsPackage) {
 }
 
 TEST(LoadPackage, takesTheFilesOfThePlatform) {
-    const testing::PackageSpec package{.name = "app",
-                                       .files = {{"linux_arm7", "7", "/7"},
-                                                 {"win", "w", "w"},
-                                                 {"linux_arm7x", "7x", "/7x"},
-                                                 {"Win", "W", "W"},
-                                                 {"linux_arm7", "8", "/8"}}};
+    const testing::MadeUpPackage package{.name = "app",
+                                         .files = {{"linux_arm7", "7", "/7"},
+                                                   {"win", "w", "w"},
+                                                   {"linux_arm7x", "7x", "/7x"},
+                                                   {"Win", "W", "W"},
+                                                   {"linux_arm7", "8", "/8"}}};
     Packages all;
     all.add(package);
     EXPECT_THAT(sourcesOf(all.load().at(0)), ElementsAre("7", "w", "7x", "W", "8"));

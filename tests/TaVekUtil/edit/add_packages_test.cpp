@@ -20,8 +20,8 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::IsLocated;
 using testing::loadedPackage;
+using testing::MadeUpPackage;
 using testing::Not;
-using testing::PackageSpec;
 using testing::raised;
 using testing::ScratchDirectory;
 
@@ -41,7 +41,7 @@ struct Addition {
         archive.manifest = document("<VekAppPackage><BeVersion>6.1b</BeVersion></VekAppPackage>");
         scratch.write("host/keep.txt", "");
     }
-    void offer(const PackageSpec& package) {
+    void offer(const MadeUpPackage& package) {
         packages.push_back(loadedPackage(scratch, "pkg" + std::to_string(packages.size()), package));
     }
     int add() { return TaVekUtils_AddPackages(archive, packages); }

@@ -2,8 +2,7 @@
 //   process_helper words ...     writes the words after the first to standard output, one to a line
 //   process_helper terminate     ends by an exception that nobody catches
 //   process_helper quietly       the same, after os::silenceAbnormalEnd
-//   process_helper hold FILE     keeps the file open for reading until standard input ends; says so when it
-//   does
+//   process_helper hold FILE     says "holding" and keeps the file open for reading until standard input ends
 // As "tar.exe" it writes its words to "words.txt" beside itself, makes noise on standard output and ends with
 // the status that stands in "status.txt".
 

@@ -76,7 +76,7 @@ inline zXmlItem added(const Ta::Object<zHandle>& document, zXmlItem parent, cons
 
 /// What `document` is saved as.
 inline std::string saved(const Ta::Object<zHandle>& document) {
-    return savedBytes(document.get());
+    return writtenBytes(document.get());
 }
 
 }  // namespace testing
