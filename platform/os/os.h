@@ -79,8 +79,8 @@ class InputFile {
 
 /// A file that appears complete or not at all. What is written goes to a temporary file beside the target
 /// (`.` first, a short name of its own), which `commit` flushes to disk and renames over the target; an
-/// object that goes without `commit` removes the temporary file. Between them, from a successful `open` on,
-/// `write` as often as it takes.
+/// object that goes without `commit` removes the temporary file. The order is one `open` that succeeds, any
+/// number of `write`, one `commit`.
 ///
 /// A symbolic link is followed, not replaced; the permissions of a replaced file are kept. A target that
 /// exists and is no regular file (a pipe, a device) is written directly.
@@ -91,8 +91,8 @@ class OutputFile {
     OutputFile(OutputFile&&) noexcept;
     OutputFile& operator=(OutputFile&&) noexcept;
 
-    /// Begins writing for `target`; what was begun for another one is given up. A directory answers
-    /// std::errc::is_a_directory.
+    /// Begins writing for `target` and gives up what was begun for another one, which after a failure goes
+    /// on. A directory answers std::errc::is_a_directory.
     [[nodiscard]] std::error_code open(const std::string& target);
     /// Begins as `open`, and a target that is new gets the permission bits of `model`, less the umask.
     [[nodiscard]] std::error_code openLike(const std::string& target, const std::string& model);

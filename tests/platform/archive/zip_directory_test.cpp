@@ -153,7 +153,7 @@ TEST_F(ZipDirectory, refusesOverlappingMembers) {
 }
 
 TEST_F(ZipDirectory, refusesOneMemberUnderTwoEntries) {
-    // Both must have the local header's name; so the names differ only where that cannot be seen.
+    // Both entries must have the local header's name, so they cannot but have the same.
     ZipMember again = image.members[0];
     again.offset = 0;
     image.members.push_back(again);

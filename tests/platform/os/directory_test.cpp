@@ -27,6 +27,14 @@ TEST(CreateDirectories, takesEitherSeparatorAndOnesAtTheEnd) {
     EXPECT_THAT(scratch.entries(), ElementsAre("a"));
 }
 
+TEST(CreateDirectories, takesComponentsThatNameNoDirectoryOfTheirOwn) {
+    const ScratchDirectory scratch;
+    EXPECT_FALSE(os::createDirectories(scratch.path("a/.")));
+    EXPECT_FALSE(os::createDirectories(scratch.path("b/../c/./d/.")));
+    EXPECT_TRUE(fs::is_directory(scratch.path("a")));
+    EXPECT_TRUE(fs::is_directory(scratch.path("c/d")));
+}
+
 TEST(CreateDirectories, succeedsWhenItExists) {
     const ScratchDirectory scratch;
     EXPECT_FALSE(os::createDirectories(scratch.path()));

@@ -73,6 +73,8 @@ TEST_F(OpenInputFile, canBeClosedMovedAndOpenedAgain) {
     EXPECT_EQ(readNext(other, 2), "01");
     ASSERT_FALSE(other.open(scratch.write("b.txt", "b")));
     EXPECT_EQ(readNext(other, 4), "b");
+    EXPECT_TRUE(other.open(scratch.path("missing.txt")));
+    EXPECT_EQ(readAt(other, 0, 4), "b") << "what cannot be opened closes nothing";
     other.close();
     EXPECT_FALSE(other.isOpen());
 }

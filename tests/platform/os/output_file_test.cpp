@@ -158,6 +158,7 @@ TEST(OutputFile, givesUpTheFirstTargetWhenAnotherIsOpened) {
     OutputFile file;
     ASSERT_FALSE(file.open(scratch.path("a.txt")));
     ASSERT_FALSE(file.open(scratch.path("b.txt")));
+    EXPECT_TRUE(file.open(scratch.path("no/such/c.txt")));
     ASSERT_FALSE(file.commit());
     EXPECT_EQ(scratch.entries(), only("b.txt"));
 }

@@ -13,8 +13,8 @@ import tempfile
 import unittest
 
 OPTIONS = argparse.Namespace(carrier="", root="")
-SOURCES = ["inflate.cpp", "source_file.cpp", "zip_codec.cpp", "zip_directory.cpp", "zip_entry.cpp", "zip_extra.cpp",
-           "zip_member_data.cpp", "zip_writer.cpp"]
+# Sources whose quoted words are not about archives: wrong calls, and names of instruction sets.
+OTHER_SOURCES = {"archive.cpp", "members.cpp", "crc32_x86.cpp", "inflate_symbols.cpp"}
 
 
 class Manual(unittest.TestCase):
@@ -31,8 +31,10 @@ class Manual(unittest.TestCase):
 
     def test_every_fault_is_told(self):
         faults = set()
-        for source in SOURCES:
-            code = (pathlib.Path(OPTIONS.root) / "platform/archive" / source).read_text(encoding="utf-8")
+        for source in (pathlib.Path(OPTIONS.root) / "platform/archive").glob("*.cpp"):
+            if source.name in OTHER_SOURCES:
+                continue
+            code = source.read_text(encoding="utf-8")
             code = re.sub(r"^\s*#include.*|//.*", "", code, flags=re.M)
             faults |= {literal.strip(" :") for literal in re.findall(r'"([^"]* [^"]*)"', code)}
         faults.discard("")
