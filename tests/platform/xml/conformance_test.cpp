@@ -10,16 +10,11 @@
 #include "platform/base/failure.h"
 #include "platform/xml/xml.h"
 #include "tests/testing/scratch_directory.h"
+#include "tests/testing/xml_tree.h"
 
 namespace {
 
 const std::string corpus = TAVEK_CORPORA_DIRECTORY "/xml/";
-
-std::string saved(zHandle document) {
-    Ta::Buffer buffer;
-    EXPECT_EQ(zXml_SaveBytes(document, buffer.data(), buffer.size(), nullptr), zStatus_Success);
-    return {static_cast<const char*>(buffer.bytes()), buffer.byteCount()};
-}
 
 void judge(const std::string& name, bool accept, const std::string& note) {
     const std::string bytes = testing::readFile(corpus + name);
@@ -27,7 +22,7 @@ void judge(const std::string& name, bool accept, const std::string& note) {
     const zStatus status = zXml_LoadBytes(document.out(), bytes.data(), bytes.size(), nullptr);
     if (accept) {
         ASSERT_EQ(status, zStatus_Success) << name << " (" << note << "): " << failure::detailOf(status);
-        EXPECT_TRUE(saved(document.get()) == bytes) << name << " is written back differently";
+        EXPECT_TRUE(testing::writtenBytes(document.get()) == bytes) << name << " is written back differently";
     } else {
         EXPECT_TRUE(status == zStatus_Malformed || status == zStatus_Unsupported)
             << name << " (" << note << ") is accepted";
