@@ -90,14 +90,24 @@ mode_t modeLike(const std::string& model) {
     return !model.empty() && ::stat(model.c_str(), &status) == 0 ? status.st_mode & 0777 : 0666;
 }
 
-/// Gives the new file the owner and permissions of the one it replaces. An owner that this user may not give
-/// files to, or whom this container does not know (EINVAL), is no failure; the permissions are then kept all
-/// the same, but not the right to run as the owner, who is another now.
+/// Gives a file away. Not to be allowed to, and an owner whom this container does not know (EINVAL), is no
+/// failure; `given` then is false.
+std::error_code giveTo(uid_t owner, gid_t group, int file, bool& given) {
+    given = ::fchown(file, owner, group) == 0;
+    return given || errno == EPERM || errno == EINVAL ? std::error_code{} : lastError();
+}
+
+/// Gives the new file the owner and permissions of the one it replaces; its group alone, which others may
+/// share, when the owner is not to be had. The permissions are then kept all the same, but not the right to
+/// run as the owner, who is another now.
 std::error_code takeOver(int file, const struct stat& replaced) {
     constexpr mode_t everyBit = 07777;
     constexpr mode_t accessBits = 0777;
-    const bool sameOwner = ::fchown(file, replaced.st_uid, replaced.st_gid) == 0;
-    if (!sameOwner && errno != EPERM && errno != EINVAL) return lastError();
+    constexpr auto sameUser = static_cast<uid_t>(-1);
+    bool sameOwner = false, sameGroup = false;
+    std::error_code error = giveTo(replaced.st_uid, replaced.st_gid, file, sameOwner);
+    if (!error && !sameOwner) error = giveTo(sameUser, replaced.st_gid, file, sameGroup);
+    if (error) return error;
     const mode_t mode = replaced.st_mode & (sameOwner ? everyBit : accessBits);
     return ::fchmod(file, mode) == 0 ? std::error_code{} : lastError();
 }

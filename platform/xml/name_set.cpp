@@ -1,7 +1,7 @@
 #include "platform/xml/name_set.h"
 
+#include <chrono>
 #include <cstring>
-#include <random>
 #include <utility>
 
 namespace xml {
@@ -11,6 +11,12 @@ std::uint64_t mixed(std::uint64_t value) {
     value = (value ^ (value >> 32)) * 0xD6E8FEB86659FD93u;
     value = (value ^ (value >> 29)) * 0xA0761D6478BD642Fu;
     return value ^ (value >> 32);
+}
+
+/// Another one in each run. A device of random numbers would do, but may fail.
+std::uint64_t newSeed(const void* place) {
+    const auto now = static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+    return mixed(now ^ reinterpret_cast<std::uintptr_t>(place)) | 1;
 }
 
 /// Keyed, so that nobody can write a document whose names collide.
@@ -30,8 +36,7 @@ std::uint64_t hash(std::string_view name, std::uint64_t seed) {
 
 bool NameSet::addToTable(std::string_view name) {
     if (count_ == few) {
-        std::random_device random;
-        if (seed_ == 0) seed_ = (std::uint64_t{random()} << 32 | random()) | 1;
+        if (seed_ == 0) seed_ = newSeed(this);
         table_.assign(4 * few, {});
         for (std::string_view early : names_) insert(early);
     }

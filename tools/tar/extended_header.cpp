@@ -55,12 +55,13 @@ std::string pathOf(std::string_view text) {
 }
 
 template <typename Value, typename Reader>
-void set(std::optional<Value>& target, std::string_view text, Reader reader) {
-    if (text.empty()) {
-        target.reset();
-    } else {
-        target = reader(text);
-    }
+void set(Overrides::Said<Value>& target, std::string_view text, Reader reader) {
+    target = text.empty() ? std::optional<Value>() : std::optional<Value>(reader(text));
+}
+
+template <typename Value>
+void put(const Overrides::Said<Value>& said, Value& target) {
+    if (said && *said) target = **said;
 }
 
 void readRecord(Overrides& overrides, std::string_view keyword, std::string_view value) {
@@ -89,11 +90,18 @@ void Overrides::read(std::string_view records) {
     }
 }
 
+void Overrides::override(const Overrides& stronger) {
+    if (stronger.name) name = stronger.name;
+    if (stronger.link) link = stronger.link;
+    if (stronger.size) size = stronger.size;
+    if (stronger.time) time = stronger.time;
+}
+
 void Overrides::apply(Member& member) const {
-    if (name) member.name = *name;
-    if (link) member.link = *link;
-    if (size) member.size = *size;
-    if (time) member.time = *time;
+    put(name, member.name);
+    put(link, member.link);
+    put(size, member.size);
+    put(time, member.time);
     // The old way to tell a directory counts for the longer name, too.
     if (member.kind == Kind::file && member.name.ends_with('/')) member.kind = Kind::directory;
 }

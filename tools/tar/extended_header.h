@@ -11,15 +11,21 @@ namespace tar {
 /// What an extended header says instead of the plain one. Records of other keywords are passed over, but
 /// those of files with holes are refused.
 struct Overrides {
-    std::optional<std::string> name;
-    std::optional<std::string> link;
-    std::optional<std::uint64_t> size;
-    std::optional<os::Time> time;
+    /// A value; nothing where none was said, and a nothing within where what was said is taken back.
+    template <typename Value>
+    using Said = std::optional<std::optional<Value>>;
+
+    Said<std::string> name;
+    Said<std::string> link;
+    Said<std::uint64_t> size;
+    Said<os::Time> time;
 
     /// Takes in the records ("LENGTH KEYWORD=VALUE" and a line feed each) of an extended header; a value of
-    /// nothing takes back what an earlier record said that was read into this object. Throws Failure when
-    /// they are malformed.
+    /// nothing takes back what was said before, here or globally. Throws Failure when they are malformed.
     void read(std::string_view records);
+
+    /// Puts what `stronger` says in place of what is said here.
+    void override(const Overrides& stronger);
 
     /// Puts what is said here in place of what the plain header says.
     void apply(Member& member) const;

@@ -17,7 +17,7 @@ struct Field {
 };
 
 constexpr Field nameField{0, 100}, modeField{100, 8}, sizeField{124, 12}, timeField{136, 12};
-constexpr Field checksumField{148, 8}, linkField{157, 100}, magicField{257, 8}, prefixField{345, 155};
+constexpr Field checksumField{148, 8}, linkField{157, 100}, magicField{257, 6}, prefixField{345, 155};
 constexpr std::size_t kindOffset = 156;
 
 std::string_view bytesOf(const Block& block, Field field) {
@@ -127,10 +127,9 @@ bool isHeader(const Block& block) {
 
 Member readHeader(const Block& block) {
     constexpr unsigned permissionBits = 0777;
-    constexpr std::string_view posixMagic(
-        "ustar\0"
-        "00",
-        8);
+    // GNU's, with a space, goes with other fields. The version behind it is not looked at: some programs put
+    // something else than 00 there.
+    constexpr std::string_view posixMagic("ustar\0", 6);
     Member member;
     member.name = textOf(block, nameField);
     if (bytesOf(block, magicField) == posixMagic) {

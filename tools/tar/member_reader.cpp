@@ -75,8 +75,9 @@ void MemberReader::startNote() {
 }
 
 void MemberReader::startMember() {
-    global_.apply(member_);
-    std::exchange(next_, {}).apply(member_);
+    Overrides said = global_;
+    said.override(std::exchange(next_, {}));
+    said.apply(member_);
     if (member_.size > longestMember) throw Failure("member " + shownName(member_.name) + ": an absurd size");
     if (member_.kind != Kind::file && member_.kind != Kind::unsupported && member_.size != 0) {
         // Programs differ in whether content follows, and so in which members they see.

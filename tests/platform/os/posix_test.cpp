@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <grp.h>
 #include <sched.h>
 #include <signal.h>
 #include <sys/resource.h>
@@ -100,13 +101,19 @@ bool enterContainer() {
     return users.good();
 }
 
-/// Runs `action` in a process of its own in such a container; answers its exit status, nothing where that
-/// cannot be done.
-template <typename Action>
-std::optional<int> inAContainer(Action action) {
+/// Makes this process one of a user without rights who belongs to `group` as well.
+bool becomeMemberOf(gid_t group) {
+    constexpr unsigned nobody = 65534;
+    return ::setgroups(1, &group) == 0 && ::setgid(nobody) == 0 && ::setuid(nobody) == 0;
+}
+
+/// Runs `action` in a process of its own that `prepare` has changed; answers its exit status, nothing where
+/// that cannot be done.
+template <typename Prepare, typename Action>
+std::optional<int> inAnotherProcess(Prepare prepare, Action action) {
     constexpr int cannot = 77;
     const pid_t child = ::fork();
-    if (child == 0) ::_exit(enterContainer() ? action() : cannot);
+    if (child == 0) ::_exit(prepare() ? action() : cannot);
     int status = 0;
     if (child < 0 || ::waitpid(child, &status, 0) < 0 || !WIFEXITED(status)) return {};
     return WEXITSTATUS(status) == cannot ? std::nullopt : std::optional(WEXITSTATUS(status));
@@ -117,11 +124,29 @@ TEST(Permissions, areKeptThoughNobodyHereKnowsTheOwner) {
     const std::string path = scratch.write("a.txt", "old");
     ASSERT_EQ(::chmod(path.c_str(), 0664), 0);
     if (::chown(path.c_str(), 12345, 12345) != 0) GTEST_SKIP() << "only root can give files away";
-    const auto status = inAContainer([&] { return save(path, "new") ? 1 : 0; });
+    const auto status = inAnotherProcess(enterContainer, [&] { return save(path, "new") ? 1 : 0; });
     if (!status) GTEST_SKIP() << "no containers here";
     EXPECT_EQ(*status, 0);
     EXPECT_EQ(scratch.read("a.txt"), "new");
     EXPECT_EQ(modeOf(path), 0664u);
+}
+
+TEST(Permissions, keepTheGroupWhenTheOwnerIsAnother) {
+    constexpr gid_t team = 12345;
+    const ScratchDirectory scratch;
+    const std::string path = scratch.write("a.txt", "old");
+    fs::permissions(scratch.path(), fs::perms::all);
+    ASSERT_EQ(::chmod(path.c_str(), 0660), 0);
+    if (::chown(path.c_str(), 0, team) != 0) GTEST_SKIP() << "only root can give files away";
+    const auto status =
+        inAnotherProcess([] { return becomeMemberOf(team); }, [&] { return save(path, "new") ? 1 : 0; });
+    ASSERT_TRUE(status);
+    EXPECT_EQ(*status, 0);
+    struct stat replaced {};
+    ASSERT_EQ(::stat(path.c_str(), &replaced), 0);
+    EXPECT_NE(replaced.st_uid, 0u);
+    EXPECT_EQ(replaced.st_gid, team);
+    EXPECT_EQ(replaced.st_mode & 07777, 0660u);
 }
 
 TEST(Permissions, ofAnUnfinishedReplacementAreTight) {

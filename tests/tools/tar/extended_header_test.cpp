@@ -20,9 +20,9 @@ TEST(ExtendedHeader, isAListOfRecords) {
     EXPECT_EQ(overrides.name, "a/b c");
     EXPECT_EQ(overrides.link, "d=e");
     EXPECT_EQ(overrides.size, 17u);
-    ASSERT_TRUE(overrides.time);
-    EXPECT_EQ(overrides.time->seconds, 1000);
-    EXPECT_EQ(overrides.time->nanoseconds, 250'000'000);
+    ASSERT_TRUE(overrides.time && *overrides.time);
+    EXPECT_EQ((*overrides.time)->seconds, 1000);
+    EXPECT_EQ((*overrides.time)->nanoseconds, 250'000'000);
 }
 
 TEST(ExtendedHeader, mayHoldLineFeedsInValues) {
@@ -32,17 +32,20 @@ TEST(ExtendedHeader, mayHoldLineFeedsInValues) {
 TEST(ExtendedHeader, takesBackWhatHasNoValue) {
     tar::Overrides overrides = read("10 path=a\n10 size=1\n");
     overrides.read("8 path=\n");
-    EXPECT_FALSE(overrides.name);
-    EXPECT_EQ(overrides.size, 1u);
+    tar::Member member;
+    member.name = "plain";
+    overrides.apply(member);
+    EXPECT_EQ(member.name, "plain");
+    EXPECT_EQ(member.size, 1u);
 }
 
 TEST(ExtendedHeader, countsFractionsBefore1970Forwards) {
-    const auto time = *read("15 mtime=-1.25\n").time;
+    const os::Time time = **read("15 mtime=-1.25\n").time;
     EXPECT_EQ(time.seconds, -2);
     EXPECT_EQ(time.nanoseconds, 750'000'000);
-    const auto fine = *read("25 mtime=5.1234567899999\n").time;
+    const os::Time fine = **read("25 mtime=5.1234567899999\n").time;
     EXPECT_EQ(fine.nanoseconds, 123'456'789);
-    EXPECT_EQ(read("11 mtime=7\n").time->nanoseconds, 0);
+    EXPECT_EQ(read("11 mtime=7\n").time.value()->nanoseconds, 0);
 }
 
 TEST(ExtendedHeader, overridesThePlainOne) {

@@ -49,6 +49,7 @@ TEST(TarHeader, knowsTheKinds) {
 
 TEST(TarHeader, joinsThePrefixInTheStandardsFormatAlone) {
     EXPECT_EQ(read({.name = "b", .prefix = "a"}).name, "a/b");
+    EXPECT_EQ(read({.name = "b", .magic = "ustar", .prefix = "a"}).name, "a/b") << "without a version";
     EXPECT_EQ(read({.name = "b", .magic = "ustar  ", .prefix = "00000000001"}).name, "b")
         << "times, in GNU's";
     EXPECT_EQ(read({.name = "b", .magic = "", .prefix = "a"}).name, "b");

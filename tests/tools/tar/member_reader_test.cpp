@@ -64,6 +64,19 @@ TEST(MemberReader, resolvesLongNamesAndLinks) {
         ElementsAre(name + '>' + link + "()", "next()"));
 }
 
+TEST(MemberReader, takesWhatAHeaderOfAllSaysBackForOneMember) {
+    const std::string archive = paxHeader("path", "all", 'g') + paxHeader("path", "") +
+                                tarMember({.name = "plain"}) + tarMember({.name = "x"}) + tarEnd();
+    EXPECT_THAT(read(archive).members, ElementsAre("plain()", "all()"));
+}
+
+TEST(MemberReader, prefersWhatIsSaidOfOneMemberInEitherOrder) {
+    const std::string own = paxHeader("path", "own"), all = paxHeader("path", "all", 'g');
+    const std::string member = tarMember({.name = "x"}) + tarEnd();
+    EXPECT_THAT(read(own + all + member).members, ElementsAre("own()"));
+    EXPECT_THAT(read(all + own + member).members, ElementsAre("own()"));
+}
+
 TEST(MemberReader, resolvesExtendedHeaders) {
     const std::string archive =
         paxHeader("path", "größe") + tarMember({.name = "x", .content = "1"}) + paxHeader("size", "2") +
