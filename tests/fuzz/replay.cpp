@@ -1,4 +1,4 @@
-// Runs a fuzz target over every file of the directories and files named on the command line.
+// Runs a fuzz target over every file below the directories named on the command line.
 
 #include <cstdint>
 #include <cstdio>
