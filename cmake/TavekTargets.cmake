@@ -40,8 +40,8 @@ function(tavek_library name)
   target_link_libraries(${name} PUBLIC tavek_settings ${ARG_USES})
 endfunction()
 
-# tavek_shipped(NAME): a program that is given to users. Outside Windows the optimised build is one file without
-# libraries beside it, which runs on any distribution and starts in half the time that loading them takes.
+# tavek_shipped(NAME): a program that is given to users. Outside Windows the optimised build is one file that needs no
+# libraries of the system's, so it runs on any distribution and starts without the time that loading them takes.
 function(tavek_shipped name)
   if(NOT WIN32 AND CMAKE_BUILD_TYPE STREQUAL "Release")
     target_link_options(${name} PRIVATE -static-pie -Wl,--gc-sections -s)
