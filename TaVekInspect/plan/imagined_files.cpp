@@ -18,11 +18,6 @@ std::string keyOf(const std::string& path) {
     return key;
 }
 
-os::FileType typeOf(const std::string& path) {
-    os::FileType type{};
-    return os::fileType(path, type) ? os::FileType::other : type;
-}
-
 std::string parentOf(const std::string& path) {
     Ta::PathText parent;
     static_cast<void>(zPath_Directory(path.c_str(), parent.data(), parent.capacity()));
@@ -40,13 +35,23 @@ zStatus ImaginedFiles::findDirectory(const char* path) {
 }
 
 zStatus ImaginedFiles::createDirectory(const char* path) {
-    for (std::string at = path; !at.empty() && !directoryExists(at); at = parentOf(at)) {
+    std::set<std::string> missing;
+    std::string topmost, at = path;
+    for (; !at.empty() && !directoryExists(at); at = parentOf(at)) {
+        os::FileType type{};
+        if (const std::error_code error = os::fileType(at, type)) return failure::record(error, path);
         if (fileExists(at)) {
             return fail(at == path ? std::errc::file_exists : std::errc::not_a_directory, path);
         }
-        directories_.insert(keyOf(at));
+        missing.insert(keyOf(at));
+        topmost = at;
         if (parentOf(at) == at) break;
     }
+    // `at` is what the missing ones are made in.
+    if (!missing.empty() && !directories_.contains(keyOf(at)) && !os::mayReplace(topmost)) {
+        return fail(std::errc::permission_denied, path);
+    }
+    directories_.merge(missing);
     return zStatus_Success;
 }
 
@@ -67,8 +72,9 @@ zStatus ImaginedFiles::copyFile(const char* source, const char* destination) {
 zStatus ImaginedFiles::deleteFile(const char* path) {
     if (directoryExists(path)) return fail(std::errc::is_a_directory, path);
     if (!fileExists(path)) return fail(std::errc::no_such_file_or_directory, path);
-    if (!files_.contains(keyOf(path)) && !os::mayReplace(path))
-        return fail(std::errc::permission_denied, path);
+    if (!files_.contains(keyOf(path))) {
+        if (const zStatus status = checkTarget(path); status != zStatus_Success) return status;
+    }
     files_.erase(keyOf(path));
     deleted_.insert(keyOf(path));
     return zStatus_Success;
@@ -77,12 +83,14 @@ zStatus ImaginedFiles::deleteFile(const char* path) {
 bool ImaginedFiles::fileExists(const std::string& path) const {
     const std::string key = keyOf(path);
     if (files_.contains(key)) return true;
-    const os::FileType type = typeOf(path);
+    os::FileType type{};
+    if (os::fileType(path, type)) return true;  // whoever works on it is told why nobody can say
     return !deleted_.contains(key) && type != os::FileType::absent && type != os::FileType::directory;
 }
 
 zStatus checkTarget(const std::string& path) {
-    const os::FileType type = typeOf(path);
+    os::FileType type{};
+    if (const std::error_code error = os::fileType(path, type)) return failure::record(error, path);
     if (type == os::FileType::directory) return fail(std::errc::is_a_directory, path);
     if (type == os::FileType::other) return zStatus_Success;  // written directly
     const std::string parent = parentOf(path);

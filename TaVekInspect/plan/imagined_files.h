@@ -30,6 +30,6 @@ class ImaginedFiles : public InstallationFiles {
     std::size_t copies_ = 0;
 };
 
-/// Whether a file could be written as `path`: its directory must be there, and it must be no directory.
-/// Leaves a detail when not.
+/// Whether a file could be written as `path`: its directory must be there and writable, and it must be no
+/// directory. Leaves a detail when not.
 zStatus checkTarget(const std::string& path);

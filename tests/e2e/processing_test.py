@@ -285,6 +285,12 @@ class Failure(Processing):
             -75, path_too_long(combined(directory[:-1], "Custom-s.pkg")), line=982, stock=directory + "s.pkg"
         )
 
+    @unittest.skipIf(ON_WINDOWS, "systems differ in what they answer")
+    def test_an_output_name_that_the_system_does_not_take(self):
+        self.result()
+        name = "n" * 250 + "-sensor.pkg"
+        self.expect_save_fails(-5, name + ": File name too long", prefix="n" * 250)
+
     def test_a_damaged_member_is_never_saved_on_as_a_good_one(self):
         for method in (zip_builder.STORED, zip_builder.DEFLATED):
             self.result(members=[zip_builder.Member("host/bad", b"damaged" * 9, method, crc=7)])

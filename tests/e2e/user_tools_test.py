@@ -179,6 +179,16 @@ class Failure(UserTools):
         )
 
     @unittest.skipIf(ON_WINDOWS, "no such permissions there")
+    def test_a_resource_whose_directory_may_not_be_created_in_one_that_exists(self):
+        os.mkdir(self.path("tools/closed"))
+        os.chmod(self.path("tools"), 0o777)
+        batch = self.add(entry("Resource", "a.dll", "closed/new/a.dat"))
+        message = located("TaVekUtils_AddPackages", -5, "tools/closed/new: Permission denied")
+        self.check_batch(
+            **batch, stdout=processing("tools"), status=1, stderr=archive_failed(message), unprivileged=True
+        )
+
+    @unittest.skipIf(ON_WINDOWS, "no such permissions there")
     def test_a_source_that_may_not_be_read(self):
         batch = self.add(entry("VekApp", "a.dll", "a.dll"))
         os.chmod(self.path("pkgs/new/a.dll"), 0)

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include "platform/base/failure.h"
+#include "platform/os/os.h"
 #include "tests/testing/scratch_directory.h"
 
 namespace {
@@ -45,6 +47,22 @@ TEST(ImaginedFiles, failAsTheDiskWould) {
     EXPECT_NE(files.createDirectory(file.c_str()), zStatus_Success);
     EXPECT_NE(files.createDirectory((file + "/below").c_str()), zStatus_Success);
     EXPECT_EQ(files.copies(), 0u);
+}
+
+TEST(ImaginedFiles, failWhereTheSystemTakesNoSuchName) {
+    if (os::pathSeparator == '\\') GTEST_SKIP() << "other names are refused there";
+    const ScratchDirectory scratch;
+    ImaginedFiles files;
+    const std::string source = scratch.write("source", "x"), tooLong = scratch.path(std::string(300, 'n'));
+    const std::string reason = tooLong + ": File name too long";
+    const auto expectRefused = [&](zStatus status) {
+        EXPECT_EQ(status, zStatus_IoError);
+        EXPECT_EQ(failure::detailOf(status), reason);
+    };
+    expectRefused(checkTarget(tooLong));
+    expectRefused(files.copyFile(source.c_str(), tooLong.c_str()));
+    expectRefused(files.deleteFile(tooLong.c_str()));
+    expectRefused(files.createDirectory(tooLong.c_str()));
 }
 
 }  // namespace
