@@ -243,13 +243,8 @@ void ArchivePlanner::checkDestination(Work& work, const PlannedFile& file) {
         addWarning(findings, subject + file.destination + " replaces a file of package " +
                                  sameDestination->second + " of this run");
     }
-    if (leavesDirectory(file.destination) &&
-        (work.archive.isInstallation() || file.destination.find("..") != std::string::npos)) {
-        // An absolute path is what a sensor expects; below an installation directory it is taken as relative.
-        if (file.destination.find("..") != std::string::npos ||
-            file.destination.find(':') != std::string::npos) {
-            addWarning(findings, subject + "Destination " + file.destination + " leaves its directory");
-        }
+    if (leavesDirectory(file.destination)) {
+        addWarning(findings, subject + "Destination " + file.destination + " leaves its directory");
     }
     if (work.archive.isInstallation()) return;
     const auto [sameMember, isFirst] = work.members.emplace(file.member, file.path);

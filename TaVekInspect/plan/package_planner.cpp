@@ -1,5 +1,7 @@
 #include "TaVekInspect/plan/package_planner.h"
 
+#include <algorithm>
+
 #include "TaVekInspect/model/upgrade.h"
 #include "TaVekInspect/plan/quiet.h"
 #include "TaVekUtil/batch/package_loading.h"
@@ -54,7 +56,8 @@ void PackagePlanner::loadTar(const std::string& entry) {
                  "package entry \"" + entry + "\": " + directory + " is a file, no directory");
         return;
     }
-    unpacked_.push_back({directory, scratch_.path(std::to_string(unpacked_.size()))});
+    // Behind the number a letter, so that no place begins with the path of another (asInRun).
+    unpacked_.push_back({directory, scratch_.path(std::to_string(unpacked_.size()) + 't')});
     const std::string place = unpacked_.back().place;
     TaVekUtil_Unpack(entry, place.c_str());
 
@@ -116,13 +119,13 @@ std::string PackagePlanner::asInRun(std::string message) const {
     for (const Unpacked& unpacked : unpacked_) {
         for (std::size_t at = 0; (at = message.find(unpacked.place, at)) != std::string::npos;) {
             message.replace(at, unpacked.place.size(), unpacked.directory);
+            at += unpacked.directory.size();
         }
     }
     return message;
 }
 
 bool leavesDirectory(const std::string& path) {
-    if (zPath_IsAbsolute(path.c_str()) || (path.size() > 1 && path[1] == ':')) return true;
     std::size_t begin = 0;
     while (begin <= path.size()) {
         const std::size_t end = std::min(path.find_first_of("/\\", begin), path.size());

@@ -45,5 +45,6 @@ class PackagePlanner {
     std::vector<Unpacked> unpacked_;
 };
 
-/// True when `path` may lead out of the directory it is relative to: it is absolute or goes up.
+/// True when `path`, taken below a directory, may lead out of it: when it goes up. One that begins at a root
+/// stays below, as joining takes the root off.
 bool leavesDirectory(const std::string& path);

@@ -86,6 +86,21 @@ class Steps(Planning):
         archive = self.plan(["pkgs/new.tar"], status=0)["archives"][0]
         self.assertEqual(archive["added"][0]["path"], combined("pkgs/new", "a.so"))
 
+    def test_messages_name_the_directory_that_the_run_unpacks_to(self):
+        self.host_archive()
+        names = "abcdefghijk"
+        for name in names:
+            self.new_package(name="N" + name, directory="work/" + name)
+        for name in "bk":
+            self.write(f"work/{name}/vek_manifest.xml", "no document")
+        for name in names:
+            self.tar(f"pkgs/{name}.tar", "work/" + name)
+        told = self.texts(self.plan([f"pkgs/{name}.tar" for name in names]))
+        for name in "bk":
+            manifest = combined("pkgs/" + name, "vek_manifest.xml")
+            text = f'error: package entry "pkgs/{name}.tar": {manifest}:1:1: '
+            self.assertTrue(any(each.startswith(text) for each in told), told)
+
     def test_what_an_earlier_entry_of_the_run_saves_is_what_a_later_one_reads(self):
         self.host_archive()
         told = self.plan([self.new_package()], ["sensor.pkg", "Custom-sensor.pkg"])
@@ -234,6 +249,14 @@ class Traps(Planning):
         self.assertEqual(
             self.texts(told), ["warning: package New: Source ../new/a.so leaves the package's directory"]
         )
+
+    def test_paths_that_stay_although_they_look_otherwise(self):
+        self.host_archive()
+        self.installation()
+        self.new_package(entry("VekApp", "/a.so", "/user/a..b.so"))
+        self.plan(["pkgs/new"], status=0)
+        self.new_package(entry("VekApp", "/a.so", "/a.dll"), key="win")
+        self.plan(["pkgs/new"], ["tools"], status=0)
 
     def test_a_missing_target_directory(self):
         self.installation()
