@@ -61,22 +61,13 @@ void printMembers(std::ostream& out, const std::vector<ChangedMember>& members) 
     for (const ChangedMember& change : members) printChange(out, change.kind, memberText(change));
 }
 
-/// A line of a text as it is, but for what a terminal would obey.
-std::string lineText(const std::string& line) {
-    std::string shown = line;
-    for (char& character : shown) {
-        if (character != '\t' && printable(std::string(1, character)) == "?") character = '?';
-    }
-    return shown;
-}
-
 void printHunk(std::ostream& out, const Hunk& hunk) {
     out << painted(Colour::cyan, headingOf(hunk)) << '\n';
     for (const DiffLine& line : hunk.lines) {
         const Colour colour = line.mark == '+'   ? Colour::green
                               : line.mark == '-' ? Colour::red
                                                  : Colour::none;
-        out << painted(colour, line.mark + lineText(line.text)) << '\n';
+        out << painted(colour, line.mark + printable(line.text, "\t")) << '\n';
         if (!line.endsLine) out << "\\ No newline at end of file\n";
     }
 }

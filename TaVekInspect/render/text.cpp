@@ -13,12 +13,26 @@ std::string formatted(const char* format, Values... values) {
     return buffer.data();
 }
 
+/// Bytes of the control character that `text`, which is not empty, begins with; 0 when it begins with none.
+/// U+0080 to U+009F take two in UTF-8, and terminals obey them as well.
+std::size_t controlLength(std::string_view text) {
+    const auto first = static_cast<unsigned char>(text[0]);
+    const auto second = static_cast<unsigned char>(text.size() > 1 ? text[1] : '\0');
+    if (first < ' ' || first == 0x7F) return 1;
+    return first == 0xC2 && second >= 0x80 && second <= 0x9F ? 2 : 0;
+}
+
 }  // namespace
 
-std::string printable(const std::string& text) {
-    std::string shown = text;
-    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; };
-    std::replace_if(shown.begin(), shown.end(), isControl, '?');
+std::string printable(const std::string& text, std::string_view kept) {
+    std::string shown;
+    shown.reserve(text.size());
+    for (std::size_t i = 0; i < text.size();) {
+        const std::size_t length = controlLength(std::string_view(text).substr(i));
+        const bool stays = length == 0 || kept.find(text[i]) != std::string_view::npos;
+        shown += stays ? text[i] : '?';
+        i += std::max<std::size_t>(length, 1);
+    }
     return shown;
 }
 

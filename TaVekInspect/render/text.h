@@ -3,15 +3,16 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/archive/members.h"
 
 /// Values as people read them.
 
-/// `text` on one line, control characters as "?": names come out of archives, and a terminal obeys what they
-/// may hold.
-std::string printable(const std::string& text);
+/// `text` on one line, control characters as "?" but for those in `kept`: names come out of archives, and a
+/// terminal obeys what they may hold.
+std::string printable(const std::string& text, std::string_view kept = "");
 
 /// Columns that `text` takes on a terminal, one for each UTF-8 character.
 std::size_t widthOf(const std::string& text);

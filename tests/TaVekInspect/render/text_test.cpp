@@ -35,6 +35,8 @@ TEST(Text, methodsTimesAndChecksums) {
 
 TEST(Text, oneLineAndWidth) {
     EXPECT_EQ(printable("a\n\x1B\x7F é"), "a??? é");
+    EXPECT_EQ(printable("\xC2\x80-\xC2\x9B-\xC2\x9F\xC2\xA0\xC3\x9B\xC2"), "?-?-?\xC2\xA0\xC3\x9B\xC2");
+    EXPECT_EQ(printable("a\tb\x1B", "\t"), "a\tb?");
     EXPECT_EQ(widthOf("aé€😀"), 4u);
     EXPECT_EQ(joined({"a", "b"}), "a, b");
     EXPECT_EQ(joined({}), "");
