@@ -1,5 +1,6 @@
 #include "TaVekInspect/render/html_report.h"
 
+#include <algorithm>
 #include <iostream>
 
 #include "TaVekInspect/commands/command.h"
@@ -10,7 +11,18 @@
 
 namespace {
 
+bool isOperand(const Request& request) {
+    return std::any_of(request.operands.begin(), request.operands.end(), [&](const std::string& operand) {
+        return zFile_IsSame(operand.c_str(), request.html.c_str());
+    });
+}
+
 int run(const Request& request) {
+    // A program that looks must not put its page in an archive's place.
+    if (isOperand(request)) {
+        std::cerr << "TaVekInspect: " << printable(request.html) << ": that is one of the archives\n";
+        return exitTrouble;
+    }
     const Comparison comparison = compareOperands(request);
     const std::string page = htmlReport(comparison.before, comparison.after, comparison.difference);
     if (request.json) writeDifference(std::cout, comparison.before, comparison.after, comparison.difference);

@@ -110,6 +110,15 @@ zStatus zFile_Delete(const char* path) {
     });
 }
 
+bool zFile_IsSame(const char* one, const char* other) {
+    const zStatus status = failure::guarded([&] {
+        os::InputFile file;
+        const bool isSame = !file.open(one) && file.isSameFileAs(other);
+        return isSame ? zStatus_Success : zStatus_NotFound;
+    });
+    return status == zStatus_Success;
+}
+
 zStatus zFile_Save(const char* path, const void* data, std::size_t size) {
     return failure::guarded([&] {
         os::OutputFile file;

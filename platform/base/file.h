@@ -21,5 +21,9 @@ zStatus zFile_Copy(const char* source, const char* destination);
 /// Removes the file `path`, never a directory. zStatus_NotFound when it does not exist.
 zStatus zFile_Delete(const char* path);
 
+/// True when `one` and `other` name the same existing file, by whatever name or link. False also when that
+/// cannot be told, for `one` may not be read.
+bool zFile_IsSame(const char* one, const char* other);
+
 /// Writes `size` bytes to the file `path`, replacing what is there, complete or not at all.
 zStatus zFile_Save(const char* path, const void* data, std::size_t size);

@@ -95,6 +95,18 @@ class Failure(Extraction):
         self.host_archive()
         self.expect_failed(located("extractManifest", -999, no_file("out/m.xml"), 1329), name="out/m.xml")
 
+    def test_the_archive_itself(self):
+        self.host_archive()
+        for name in ("sensor.pkg", "./sensor.pkg"):
+            message = located("extractManifest", -22, name + ": that is the archive itself", 1329)
+            self.expect_failed(message, name=name)
+
+    @unittest.skipIf(ON_WINDOWS, "no links there")
+    def test_a_link_to_the_archive(self):
+        self.host_archive()
+        os.symlink("sensor.pkg", self.path("m.xml"))
+        self.expect_failed(located("extractManifest", -22, "m.xml: that is the archive itself", 1329))
+
     def test_a_directory_for_a_file(self):
         self.host_archive()
         os.mkdir(self.path("out"))

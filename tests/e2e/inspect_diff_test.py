@@ -168,3 +168,10 @@ class Report(Inspection):
         self.assertIn("Path not found", self.page("missing", "new.pkg", status=2, stderr=stderr).text)
         stderr = "TaVekInspect: no/page.html: No such file or directory\n"
         self.inspect("report", "new.pkg", "new.pkg", "--html", "no/page.html", status=2, stderr=stderr)
+
+    def test_a_page_never_takes_the_place_of_an_archive(self):
+        self.installed()
+        self.host_archive("old.pkg")
+        for name in ("old.pkg", "./new.pkg"):
+            stderr = f"TaVekInspect: {name}: that is one of the archives\n"
+            self.inspect("report", "old.pkg", "new.pkg", "--html", name, status=2, stderr=stderr)

@@ -187,4 +187,15 @@ TEST(FileDelete, tellsWhyItCannot) {
     EXPECT_TRUE(fs::is_directory(scratch.path()));
 }
 
+TEST(FileIsSame, tellsByTheFileAndNotByItsName) {
+    const ScratchDirectory scratch;
+    const std::string one = scratch.write("dir/one", "x"), other = scratch.write("dir/other", "x");
+    EXPECT_TRUE(zFile_IsSame(one.c_str(), one.c_str()));
+    EXPECT_TRUE(zFile_IsSame(one.c_str(), scratch.path("dir\\..\\dir/one").c_str()));
+    EXPECT_FALSE(zFile_IsSame(one.c_str(), other.c_str()));
+    EXPECT_FALSE(zFile_IsSame(one.c_str(), scratch.path("none").c_str()));
+    EXPECT_FALSE(zFile_IsSame(scratch.path("none").c_str(), scratch.path("none").c_str()));
+    EXPECT_FALSE(zFile_IsSame(scratch.path("dir").c_str(), scratch.path("dir").c_str()));
+}
+
 }  // namespace
