@@ -86,7 +86,10 @@ class Generator:
         elif mode < 0.87:
             words = self.injection()
         elif mode < 0.97:
-            words = ["--manifest", self.pick(["out.xml", "out/m.xml", "größe.xml", "inst", ""])]
+            words = [
+                "--manifest",
+                self.pick(["out.xml", "out/m.xml", "größe.xml", "inst", "./sensor.pkg", ""]),
+            ]
             words += [
                 "--archive",
                 self.archive("sensor.pkg") if self.chance(0.6) else self.installation("inst"),

@@ -4,7 +4,7 @@ from .batch import Batch
 from .console import Console
 from .container import Container
 from .editing import inject_file
-from .failures import AbnormalEnd, Failure, located
+from .failures import AbnormalEnd, Failure, Status, located
 from .paths import Disk, cut, extension, file_name, fitting
 from .upgrade_archive import ARM7, ARM64, OMBIX, UpgradeArchive, load_container
 
@@ -79,6 +79,8 @@ class Program:
             archive = UpgradeArchive(self.disk, self.console, self.executables)
             archive.load(path)
             with located("extractManifest", 1329):
+                if not self.disk.is_directory(path) and self.disk.place(output) == self.disk.place(path):
+                    raise Status("invalid argument")
                 self.disk.save(output, archive.manifest)
             self.console.say(f"Manifest saved at {output}")
             return 0
