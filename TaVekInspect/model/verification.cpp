@@ -1,10 +1,10 @@
 #include "TaVekInspect/model/verification.h"
 
-#include <algorithm>
 #include <unordered_set>
 
 #include "TaVekInspect/model/references.h"
 #include "platform/archive/archive.h"
+#include "platform/base/letter_case.h"
 #include "platform/base/path.h"
 #include "platform/base/text.h"
 #include "platform/os/os.h"
@@ -12,13 +12,6 @@
 namespace {
 
 using Names = std::unordered_set<std::string>;
-
-std::string lowerCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](char character) {
-        return character >= 'A' && character <= 'Z' ? static_cast<char>(character + ('a' - 'A')) : character;
-    });
-    return text;
-}
 
 /// Each entry is whole, there once, and names a member.
 void verifyEntries(const Upgrade& upgrade, Findings& findings) {
@@ -35,7 +28,7 @@ void verifyEntries(const Upgrade& upgrade, Findings& findings) {
         }
         if (!names.insert(entry.name).second) {
             addError(findings, "script entry " + entry.name + " occurs twice");
-        } else if (!lowerNames.insert(lowerCase(entry.name)).second) {
+        } else if (!lowerNames.insert(Ta::lowerCase(entry.name)).second) {
             addWarning(findings, "script entry " + entry.name + " differs from another in letter case only");
         }
     }

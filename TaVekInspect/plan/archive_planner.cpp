@@ -11,18 +11,12 @@
 #include "TaVekUtil/edit/add_packages.h"
 #include "TaVekUtil/edit/remove_packages.h"
 #include "platform/archive/archive.h"
+#include "platform/base/letter_case.h"
 #include "platform/base/path.h"
 
 namespace {
 
 constexpr const char* operation = "TaVekInspect";
-
-std::string lowerCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](char character) {
-        return character >= 'A' && character <= 'Z' ? static_cast<char>(character + ('a' - 'A')) : character;
-    });
-    return text;
-}
 
 /// Runs `step`; what it raises becomes an error with `subject` in front, and the answer is false.
 template <typename Step>
@@ -147,7 +141,7 @@ void ArchivePlanner::removePackage(Work& work, const std::string& name) {
 
 void ArchivePlanner::checkRemoval(Work& work, const RecordedPackage& package, const RecordedFile& file) {
     Findings& findings = work.result.findings;
-    const std::string type = lowerCase(file.type);
+    const std::string type = Ta::lowerCase(file.type);
     const std::string subject = "package " + package.name + ": ";
     if (!file.type.empty() && type != "vekapp" && type != "resource") {
         addWarning(findings, subject + file.source + " is of type " + file.type + " and stays");
@@ -238,7 +232,7 @@ void ArchivePlanner::checkDestination(Work& work, const PlannedFile& file) {
     Findings& findings = work.result.findings;
     const std::string subject = "package " + file.package + ": ";
     const auto [sameDestination, isNew] =
-        work.destinations.emplace(lowerCase(file.destination), file.package);
+        work.destinations.emplace(Ta::lowerCase(file.destination), file.package);
     if (!isNew) {
         addWarning(findings, subject + file.destination + " replaces a file of package " +
                                  sameDestination->second + " of this run");

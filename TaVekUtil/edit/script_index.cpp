@@ -2,16 +2,10 @@
 
 #include <algorithm>
 
+#include "platform/base/letter_case.h"
 #include "platform/base/text.h"
 
 namespace {
-
-std::string lowerCase(std::string name) {
-    std::transform(name.begin(), name.end(), name.begin(), [](char character) {
-        return character >= 'A' && character <= 'Z' ? static_cast<char>(character + ('a' - 'A')) : character;
-    });
-    return name;
-}
 
 bool isFile(zHandle document, zXmlItem item) {
     return zStrEquals(zXml_ItemName(document, item), "File");
@@ -43,7 +37,7 @@ zXmlItem ScriptIndex::firstFile() const {
 
 std::vector<zXmlItem> ScriptIndex::namedFromFirstFile(const char* name) const {
     std::vector<zXmlItem> found;
-    const auto bearers = lowerNames_.find(lowerCase(name));
+    const auto bearers = lowerNames_.find(Ta::lowerCase(name));
     if (bearers == lowerNames_.end() || files_.empty()) return found;
     for (const Position position : bearers->second) {
         if (position >= files_.front()) found.push_back(children_[position]);
@@ -53,7 +47,7 @@ std::vector<zXmlItem> ScriptIndex::namedFromFirstFile(const char* name) const {
 
 zXmlItem ScriptIndex::fileSearchStop(const char* name) const {
     const zXmlItem unreadable = unreadableFiles_.empty() ? nullptr : children_[unreadableFiles_.front()];
-    const auto bearers = lowerNames_.find(lowerCase(name));
+    const auto bearers = lowerNames_.find(Ta::lowerCase(name));
     if (bearers == lowerNames_.end()) return unreadable;
     for (const Position position : bearers->second) {
         if (unreadable != nullptr && position > unreadableFiles_.front()) break;
@@ -74,7 +68,7 @@ void ScriptIndex::added(zXmlItem item) {
 
     NameText name;
     const bool readable = readName(document_, item, name);
-    if (readable) lowerNames_[lowerCase(name.c_str())].push_back(position);
+    if (readable) lowerNames_[Ta::lowerCase(name.c_str())].push_back(position);
     if (!isFile(document_, item)) return;
     files_.push_back(position);
     if (!readable || !readableForRemoval(name)) unreadableFiles_.push_back(position);
@@ -88,7 +82,7 @@ void ScriptIndex::removed(zXmlItem item) {
 
     NameText name;
     if (readName(document_, item, name)) {
-        Positions& bearers = lowerNames_[lowerCase(name.c_str())];
+        Positions& bearers = lowerNames_[Ta::lowerCase(name.c_str())];
         bearers.erase(std::find(bearers.begin(), bearers.end(), position));
     }
     skipRemovedFiles();
