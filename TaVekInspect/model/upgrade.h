@@ -55,8 +55,6 @@ struct Upgrade {
     bool isInstallation() const { return handles.isInstallation(); }
 };
 
-/// The member that holds the start-up script.
-inline constexpr const char* scriptMemberName = "script.xml";
 /// What the names of the members of packages begin with.
 inline constexpr const char* packageMemberPrefix = "data/12345-";
 

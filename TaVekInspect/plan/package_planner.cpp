@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr const char* manifestName = "vek_manifest.xml";
-
 std::string combined(const std::string& directory, const std::string& name) {
     Ta::PathText path;
     Ta::Check(zPath_Combine(directory.c_str(), name.c_str(), path.data(), path.capacity()), "TaVekInspect");
@@ -62,11 +60,11 @@ void PackagePlanner::loadTar(const std::string& entry) {
     TaVekUtil_Unpack(entry, place.c_str());
 
     // What an earlier run unpacked is still there, and tar leaves alone what it does not replace.
-    const bool isInTar = isFile(combined(place, manifestName));
-    const bool isThere = isInTar || isFile(combined(directory, manifestName));
+    const bool isInTar = isFile(combined(place, packageManifestName));
+    const bool isThere = isInTar || isFile(combined(directory, packageManifestName));
     const std::string home = isThere ? directory : entry;
-    add(entry, TaVekUtil_Load_Package(combined(isInTar ? place : home, manifestName).c_str(), home.c_str(),
-                                      platform_.c_str()));
+    add(entry, TaVekUtil_Load_Package(combined(isInTar ? place : home, packageManifestName).c_str(),
+                                      home.c_str(), platform_.c_str()));
 }
 
 bool PackagePlanner::isSentInVain(const std::string& entry) {
@@ -83,11 +81,11 @@ void PackagePlanner::add(const std::string& entry, AddonPackage package) {
                                        " and is left out");
         return;
     }
-    checkSources(package);
+    checkPackage(package);
     packages_.push_back(std::move(package));
 }
 
-void PackagePlanner::checkSources(const AddonPackage& package) {
+void PackagePlanner::checkPackage(const AddonPackage& package) {
     for (const PackageFile& file : package.files) {
         if (!leavesDirectory(file.source.c_str())) continue;
         addWarning(plan_.findings, std::string("package ") + package.name.c_str() + ": Source " +

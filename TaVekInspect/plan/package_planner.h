@@ -35,7 +35,7 @@ class PackagePlanner {
     void loadDirectory(const std::string& entry);
     void loadTar(const std::string& entry);
     void add(const std::string& entry, AddonPackage package);
-    void checkSources(const AddonPackage& package);
+    void checkPackage(const AddonPackage& package);
     bool isSentInVain(const std::string& entry);
 
     std::string platform_;

@@ -14,8 +14,6 @@
 
 namespace {
 
-constexpr const char* scriptMember = "script.xml";
-
 bool namesAny(std::string_view script, const std::vector<std::string>& controllers) {
     return std::any_of(controllers.begin(), controllers.end(),
                        [&](const std::string& name) { return script.find(name) != std::string_view::npos; });
@@ -27,9 +25,19 @@ bool existsAs(const std::string& path, os::FileType& type) {
 
 }  // namespace
 
+Ta::Object<void*> parseScript(zHandle archive, const char* operation) {
+    std::int64_t index = 0;
+    Ta::Check(zArchive_Find(archive, scriptMemberName, &index), operation);
+    Ta::Object<void*> script;
+    const std::size_t size = static_cast<std::size_t>(zArchive_FileSize(archive, index));
+    const zStatus parsed = zXml_LoadBytes(script.out(), zArchive_FileData(archive, index), size, nullptr);
+    Ta::Check(failure::within("script.xml:", parsed), operation);
+    return script;
+}
+
 std::string TaVekUtils_GetArchivePlatform(zHandle archive) {
     std::int64_t index = 0;
-    Ta::Check(zArchive_Find(archive, scriptMember, &index), "TaVekUtils_GetArchivePlatform");
+    Ta::Check(zArchive_Find(archive, scriptMemberName, &index), "TaVekUtils_GetArchivePlatform");
     // A model name counts wherever it stands; the script ends at its first zero byte here.
     const std::string_view script = static_cast<const char*>(zArchive_FileData(archive, index));
     if (namesAny(script, Arm7ControllerNames)) return "linux_arm7";
@@ -40,14 +48,7 @@ std::string TaVekUtils_GetArchivePlatform(zHandle archive) {
 
 std::string TaVekUtils_GetArchiveVersion(zHandle archive) {
     constexpr const char* operation = "TaVekUtils_GetArchiveVersion";
-    std::int64_t index = 0;
-    Ta::Check(zArchive_Find(archive, scriptMember, &index), operation);
-
-    Ta::Object<void*> script;
-    const std::size_t size = static_cast<std::size_t>(zArchive_FileSize(archive, index));
-    const zStatus parsed = zXml_LoadBytes(script.out(), zArchive_FileData(archive, index), size, nullptr);
-    Ta::Check(failure::within("script.xml:", parsed), operation);
-
+    const Ta::Object<void*> script = parseScript(archive, operation);
     zXmlItem version = nullptr;
     if (zXml_FindChild(script.get(), zXml_Root(script.get()), "Version", &version) != zStatus_Success) {
         throw Ta::Exception(zStatus_Unestablished, "Could not retrieve Qor BE version");

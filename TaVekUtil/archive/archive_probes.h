@@ -6,6 +6,13 @@
 
 /// Probes that identify what `ArchiveExtended::Load` has opened.
 
+/// The member that holds the start-up script.
+inline constexpr const char* scriptMemberName = "script.xml";
+
+/// The parsed start-up script of the loaded container `archive`. Raises Ta::Exception in the name of
+/// `operation`.
+Ta::Object<void*> parseScript(zHandle archive, const char* operation);
+
 /// The sensor platform of the loaded container `archive`: "linux_arm7", "ombix" or "linux_arm64", tried in
 /// this order. It is decided by the first controller model name that occurs anywhere in the text of
 /// "script.xml", in a comment as well as in an entry. Raises Ta::Exception -999 "Could not determine

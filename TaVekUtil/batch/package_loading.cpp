@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr const char* packageManifest = "vek_manifest.xml";
-
 /// The directory of the package `entry`: where a tar file was unpacked, else the entry itself.
 void locatePackage(const std::string& entry, Ta::PathText& directory, const char* operation) {
     TaVekUtil_Untar_VekApp(entry, directory.data(), directory.capacity());
@@ -37,7 +35,7 @@ AddonPackage loadPackage(const std::string& entry, const char* platform) {
     Ta::PathText directory;
     Ta::PathText path;
     locatePackage(entry, directory, operation);
-    Ta::Check(zPath_Combine(directory.c_str(), packageManifest, path.data(), path.capacity()), operation);
+    Ta::Check(zPath_Combine(directory.c_str(), packageManifestName, path.data(), path.capacity()), operation);
     return TaVekUtil_Load_Package(path.c_str(), directory.c_str(), platform);
 }
 
@@ -95,7 +93,7 @@ void TaVekUtil_Untar_VekApp(const std::string& entry, char* directory, std::size
     }
     const Ta::PathText extraction = TaVekUtil_ExtractionDirectory(entry);
     TaVekUtil_Unpack(entry, extraction.c_str());
-    const std::string manifest = TaVekUtil_FindFilepath(extraction.c_str(), packageManifest);
+    const std::string manifest = TaVekUtil_FindFilepath(extraction.c_str(), packageManifestName);
     Ta::Check(zPath_Directory(manifest.c_str(), directory, capacity), operation);
 }
 

@@ -6,6 +6,9 @@
 #include "TaVekUtil/batch/build_config.h"
 #include "platform/xml/xml.h"
 
+/// The manifest at the top of every add-on package.
+inline constexpr const char* packageManifestName = "vek_manifest.xml";
+
 /// Loads every add-on package of `config.vekPkgsToLoad`, unpacking those that are tar files, and appends to
 /// `config.addonPackages` those that have a file for `config.platform`. The format of the packages is told in
 /// docs/addon-packages.md. Raises Ta::Exception, after one line on standard error.

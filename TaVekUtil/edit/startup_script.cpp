@@ -3,18 +3,16 @@
 #include <cstring>
 #include <iostream>
 
-#include "platform/base/failure.h"
+#include "TaVekUtil/archive/archive_probes.h"
 #include "platform/base/file.h"
 #include "platform/base/text.h"
 
 namespace {
 
-constexpr const char* scriptMember = "script.xml";
-
 /// Puts the script back as the last member, as an edit of its bytes would.
 void writeScript(const std::shared_ptr<StartupScript>& script, zHandle archive, const char* operation) {
-    Ta::Check(zArchive_DeleteFile(archive, scriptMember), operation);
-    Ta::Check(zArchive_AddLive(archive, script, scriptMember), operation);
+    Ta::Check(zArchive_DeleteFile(archive, scriptMemberName), operation);
+    Ta::Check(zArchive_AddLive(archive, script, scriptMemberName), operation);
 }
 
 void addController(zHandle document, zXmlItem parent, const std::string& controller, const char* operation) {
@@ -76,16 +74,9 @@ StartupScript::StartupScript(Ta::Object<void*> document)
     : document_(std::move(document)), index_(document_.get()) {}
 
 std::shared_ptr<StartupScript> StartupScript::of(zHandle archive, const char* operation) {
-    if (auto live = std::dynamic_pointer_cast<StartupScript>(zArchive_Live(archive, scriptMember)))
-        return live;
-
-    std::int64_t index = 0;
-    Ta::Check(zArchive_Find(archive, scriptMember, &index), operation);
-    Ta::Object<void*> document;
-    const std::size_t size = static_cast<std::size_t>(zArchive_FileSize(archive, index));
-    const zStatus parsed = zXml_LoadBytes(document.out(), zArchive_FileData(archive, index), size, nullptr);
-    Ta::Check(failure::within("script.xml:", parsed), operation);
-    return std::shared_ptr<StartupScript>(new StartupScript(std::move(document)));
+    const std::shared_ptr<LiveContent> live = zArchive_Live(archive, scriptMemberName);
+    if (auto script = std::dynamic_pointer_cast<StartupScript>(live)) return script;
+    return std::shared_ptr<StartupScript>(new StartupScript(parseScript(archive, operation)));
 }
 
 zStatus StartupScript::serialise(std::string& bytes) const {
@@ -109,9 +100,11 @@ zStatus TaVekUtil_DeletePreviousFiles(StartupScript& script, zHandle archive, co
                                       bool ignoreCase) {
     constexpr const char* operation = "TaVekUtil_DeletePreviousFiles";
     const zHandle document = script.document();
-    zXmlItem firstFile = script.index().firstFile();
-    if (firstFile == nullptr)
-        Ta::Check(zXml_FindChild(document, script.root(), "File", &firstFile), operation);
+    if (script.index().firstFile() == nullptr) {
+        // There is none; the search that finds none says so in its own words.
+        zXmlItem none = nullptr;
+        Ta::Check(zXml_FindChild(document, script.root(), "File", &none), operation);
+    }
 
     std::vector<zXmlItem> previous;
     // Whatever its element name, an element behind the first File is taken for an entry when its name
