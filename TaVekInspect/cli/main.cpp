@@ -1,6 +1,7 @@
 #include <iostream>
 
 #include "TaVekInspect/cli/command_line.h"
+#include "TaVekInspect/commands/command.h"
 #include "platform/archive/archive.h"
 #include "platform/os/os.h"
 
@@ -12,5 +13,5 @@ int main(int count, char** words) {
     static_cast<void>(zObject_Destroy(library));
     std::cout.flush();
     // What could not be written must not pass for an answer.
-    return std::cout.good() ? result : 2;
+    return std::cout.good() ? result : exitTrouble;
 }

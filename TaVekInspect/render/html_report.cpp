@@ -56,7 +56,6 @@ class Report {
     void unchangedMembers();
     void texts();
     void hunk(const Hunk& hunk);
-    void heading(const char* text, bool isEmpty);
     void columns(std::initializer_list<const char*> headings);
 
     const Upgrade& before_;
@@ -92,7 +91,7 @@ void Report::problems(const Upgrade& upgrade) {
 
 // ---- Summary -------------------------------------------------------------------------------------------
 
-std::uint64_t totalSize(const Upgrade& upgrade) {
+std::uint64_t packedSizeOf(const Upgrade& upgrade) {
     std::uint64_t size = 0;
     for (const zMemberInfo& member : upgrade.members) size += member.packedSize;
     return size;
@@ -109,7 +108,7 @@ void Report::summary() {
     card("Script entries", after_.entries.size(), difference_.entries);
     card("Members", after_.members.size(), difference_.members);
     if (!after_.isInstallation()) {
-        fact("Packed size", sizeText(totalSize(after_)), "was " + sizeText(totalSize(before_)));
+        fact("Packed size", sizeText(packedSizeOf(after_)), "was " + sizeText(packedSizeOf(before_)));
     }
     html_.close();
     if (difference_.isEmpty()) html_.element("h2", "Nothing has changed.");
@@ -129,10 +128,6 @@ void Report::card(const char* label, std::size_t total, const std::vector<Item>&
     html_.close();
 }
 
-void Report::heading(const char* text, bool isEmpty) {
-    if (!isEmpty) html_.element("h2", text);
-}
-
 void Report::columns(std::initializer_list<const char*> headings) {
     html_.open("tr");
     for (const char* heading : headings) {
@@ -146,7 +141,7 @@ void Report::columns(std::initializer_list<const char*> headings) {
 
 void Report::properties() {
     if (difference_.properties.empty()) return;
-    heading("Properties", false);
+    html_.element("h2", "Properties");
     html_.open("table");
     columns({"Property", "Before", "After"});
     for (const auto& change : difference_.properties) {
@@ -159,12 +154,12 @@ void Report::properties() {
 
 void Report::packages() {
     if (difference_.packages.empty()) return;
-    heading("Packages", false);
+    html_.element("h2", "Packages");
     html_.open("table");
     columns({"", "Package", "Files before", "Files after"});
     for (const auto& change : difference_.packages) {
         html_.open("tr").element("td", classOf(change.kind),
-                                 "class=\"mark " + std::string(classOf(change.kind)) + '"');
+                                 attribute("class", std::string("mark ") + classOf(change.kind)));
         html_.element("td", change.present().name, R"(class="name")").open("td");
         package(change.before, before_);
         html_.close().open("td");
@@ -186,12 +181,12 @@ void Report::package(const RecordedPackage& package, const Upgrade& upgrade) {
 
 void Report::entries() {
     if (difference_.entries.empty()) return;
-    heading("Script entries", false);
+    html_.element("h2", "Script entries");
     html_.open("table");
     columns({"", "Before", "After"});
     for (const auto& change : difference_.entries) {
         html_.open("tr").element("td", classOf(change.kind),
-                                 "class=\"mark " + std::string(classOf(change.kind)) + '"');
+                                 attribute("class", std::string("mark ") + classOf(change.kind)));
         entrySide(change, true);
         entrySide(change, false);
         html_.close();
@@ -215,7 +210,7 @@ void Report::entrySide(const Changed<ScriptEntry>& change, bool isOld) {
 
 void Report::members() {
     if (difference_.members.empty()) return;
-    heading("Members", false);
+    html_.element("h2", "Members");
     std::uint64_t largest = 1;
     for (const ChangedMember& change : difference_.members) {
         largest = std::max({largest, change.before.size, change.after.size});
@@ -229,7 +224,7 @@ void Report::members() {
 void Report::memberRow(const ChangedMember& change, std::uint64_t largest) {
     const std::string kind = change.contentDiffers ? classOf(change.kind) : "repacked";
     const bool wasThere = change.kind != Change::added, isThere = change.kind != Change::removed;
-    html_.open("tr").element("td", kind, "class=\"mark " + kind + '"');
+    html_.open("tr").element("td", kind, attribute("class", "mark " + kind));
     html_.element("td", change.present().name, R"(class="name")");
     html_.element("td", wasThere ? sizeText(change.before.size) : "", R"(class="size")");
     html_.element("td", isThere ? sizeText(change.after.size) : "", R"(class="size")");
@@ -279,7 +274,7 @@ void Report::unchangedMembers() {
 void Report::texts() {
     const auto hasText = [](const ChangedMember& change) { return !change.hunks.empty(); };
     if (std::none_of(difference_.members.begin(), difference_.members.end(), hasText)) return;
-    heading("Texts", false);
+    html_.element("h2", "Texts");
     for (const ChangedMember& change : difference_.members) {
         if (!hasText(change)) continue;
         // A changed text is what a reviewer came for; a new or removed one is there to be looked up.
