@@ -94,4 +94,15 @@ TEST(ExtractManifest, keepsNothingOpen) {
     EXPECT_THAT(testing::livingObjects(), IsEmpty());
 }
 
+TEST(ExtractManifest, neverWritesOverTheArchive) {
+    Extraction extraction;
+    const std::string archive = writeArchive(extraction.scratch.path("a.pkg"), {{"script.xml", script}});
+    const std::string before = extraction.scratch.read("a.pkg");
+    EXPECT_EQ(extraction.extract("a.pkg", "a.pkg"), 1);
+    EXPECT_EQ(extraction.scratch.read("a.pkg"), before);
+    EXPECT_THAT(extraction.output.lines(),
+                ElementsAre(failure + ("extractManifest: " + archive) +
+                            ": that is the archive itself (invalid argument, status -22, TaVekUtil:1329)"));
+}
+
 }  // namespace
