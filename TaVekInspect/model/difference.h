@@ -43,7 +43,7 @@ struct Difference {
     }
 };
 
-/// Of changes of one kind how many there are.
+/// How many of `changes` are of `kind`.
 template <typename Item>
 std::size_t countOf(const std::vector<Item>& changes, Change kind) {
     std::size_t count = 0;
@@ -51,4 +51,5 @@ std::size_t countOf(const std::vector<Item>& changes, Change kind) {
     return count;
 }
 
+/// What tells `before` and `after` apart. Items are paired by name, those of one name in their order.
 Difference compare(const Upgrade& before, const Upgrade& after);

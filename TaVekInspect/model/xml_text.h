@@ -9,6 +9,7 @@
 
 /// The value of the attribute `name`, "" when there is none.
 std::string attributeOf(zHandle document, zXmlItem item, const char* name);
+/// Whether `item` has the attribute `name`, be it empty.
 bool hasAttribute(zHandle document, zXmlItem item, const char* name);
 
 /// The text of the first child of `item` named `name`, "" when there is none.

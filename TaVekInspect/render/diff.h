@@ -4,7 +4,7 @@
 
 #include "TaVekInspect/model/difference.h"
 
-/// What tells two upgrades apart; nothing when they are equal.
+/// What tells two upgrades apart. As text, which is empty when they are equal, and as a JSON document.
 void printDifference(std::ostream& out, const Upgrade& before, const Upgrade& after,
                      const Difference& difference);
 void writeDifference(std::ostream& out, const Upgrade& before, const Upgrade& after,

@@ -4,6 +4,7 @@
 
 #include "TaVekInspect/model/upgrade.h"
 
-/// What an upgrade is and holds: platform, versions, packages, script entries by controller, figures.
+/// What an upgrade is and holds: platform, versions, packages, script entries by controller, figures. As
+/// text, and as a JSON document.
 void printInfo(std::ostream& out, const Upgrade& upgrade);
 void writeInfo(std::ostream& out, const Upgrade& upgrade);

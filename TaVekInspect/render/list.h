@@ -4,7 +4,7 @@
 
 #include "TaVekInspect/model/upgrade.h"
 
-/// The members of an archive, one a line: size, packed size, method, CRC-32, date, name, and who refers to
-/// it.
+/// The members of an archive: size, packed size, method, CRC-32, date, name, and who refers to it. As text,
+/// one a line, and as a JSON document.
 void printList(std::ostream& out, const Upgrade& upgrade);
 void writeList(std::ostream& out, const Upgrade& upgrade);

@@ -5,10 +5,11 @@
 /// How text looks: in colour on a terminal, plain everywhere else.
 enum class Colour { none, bold, dim, red, green, yellow, cyan };
 
-/// True when standard output is a terminal that shows colours and has not been asked not to (NO_COLOR).
+/// True when standard output is a terminal that obeys escape sequences.
 bool outputIsTerminal();
 
-/// `text` in `colour` when standard output is a terminal, else `text`.
+/// `text` in `colour` when standard output is such a terminal and the user has not asked for none (NO_COLOR),
+/// else `text`.
 std::string painted(Colour colour, const std::string& text);
 
 /// A line on standard error that says how far a long work has come; it is there on a terminal only, and gone
@@ -20,10 +21,11 @@ class ProgressLine {
     ProgressLine(const ProgressLine&) = delete;
     ProgressLine& operator=(const ProgressLine&) = delete;
 
+    /// Shows how much `done` of `count` is, when that is another per cent than before.
     void show(std::size_t done, std::size_t count);
 
   private:
     std::string subject_;
     bool isShown_;
-    std::size_t percent_ = 101;
+    std::size_t percent_ = 101;  // over 100 as long as nothing has been shown
 };

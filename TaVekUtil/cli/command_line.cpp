@@ -8,12 +8,13 @@
 
 namespace {
 
-/// The text buffer that the flag `word` fills; null for any other word.
+/// A text buffer that a flag fills.
 struct Target {
     char* buffer = nullptr;
     std::size_t capacity = 0;
 };
 
+/// The one that the flag `word` fills; null for any other word.
 Target targetOf(const std::string& word, Flags& flags) {
     if (word == "--archive") return {flags.archive.data(), flags.archive.capacity()};
     if (word == "--file") return {flags.file.data(), flags.file.capacity()};

@@ -73,7 +73,8 @@ Installation TaVekUtils_PlanInstallation(const PackageFile& file) {
 }
 
 bool TaVekUtils_InstallFile(const ArchiveExtended& archive, const PackageFile& file) {
-    // A file platform that only begins with the archive's passes here, and finds no place below.
+    // A file platform that only begins with the archive's passes here, on purpose. Below it finds no place in
+    // a sensor's archive; into an installation directory it is copied like any other.
     const std::size_t length = archive.platform.size();
     if (zStrCompareN(archive.platform.c_str(), file.platform.c_str(), length) != 0) return false;
 
