@@ -50,6 +50,15 @@ std::string platformOfEntries(const Upgrade& upgrade) {
     return {};
 }
 
+bool isStockArchive(const std::string& name) {
+    try {
+        return TaVekUtil_IsStockPackage(name);
+    } catch (const Ta::Exception&) {
+        // An extension that is too long for the tool to look at is not "dat".
+        return false;
+    }
+}
+
 const ScriptEntry* findEntry(const Upgrade& upgrade, const std::string& name) {
     for (const ScriptEntry& entry : upgrade.entries) {
         if (entry.name == name) return &entry;
@@ -309,7 +318,7 @@ void ArchivePlanner::save(Work& work) {
 void ArchivePlanner::checkOutput(Work& work) {
     const std::string& output = work.result.savedAs;
     Findings& findings = work.result.findings;
-    if (TaVekUtil_IsStockPackage(fileNameOf(output))) {
+    if (isStockArchive(fileNameOf(output))) {
         addWarning(findings, output + " has the name of a stock archive: a later run may take it for one");
     }
     if (results_.contains(output)) addWarning(findings, output + " is saved twice");

@@ -102,6 +102,14 @@ class Progress(Processing):
             ),
         )
 
+    def test_an_archive_of_a_long_extension(self):
+        name = "sensor-6.1.2.57-release-candidate-for-customers"
+        after = self.result(name)
+        output = "Custom-" + name
+        self.check_batch(
+            stock=[name], load=["pkgs/new"], files={output: after}, stdout=self.added(name, output)
+        )
+
     def test_errors_stand_among_the_progress_where_they_happened(self):
         self.result("one.pkg")
         self.write(
