@@ -1,6 +1,5 @@
 #include "TaVekInspect/render/info.h"
 
-#include <algorithm>
 #include <map>
 
 #include "TaVekInspect/render/json_model.h"
@@ -62,22 +61,29 @@ void printPackages(std::ostream& out, const Upgrade& upgrade) {
     }
 }
 
+using EntryGroup = std::vector<const ScriptEntry*>;
+
 /// Entries for the same controllers stand together, in the order of their first.
+std::vector<EntryGroup> groupsOf(const std::vector<ScriptEntry>& entries) {
+    std::vector<EntryGroup> groups;
+    std::map<std::vector<std::string>, std::size_t> places;
+    for (const ScriptEntry& entry : entries) {
+        const auto [place, isNew] = places.emplace(entry.controllers, groups.size());
+        if (isNew) groups.emplace_back();
+        groups[place->second].push_back(&entry);
+    }
+    return groups;
+}
+
 void printEntries(std::ostream& out, const Upgrade& upgrade) {
     if (upgrade.isInstallation()) return;
-    std::vector<std::vector<std::string>> groups;
-    for (const ScriptEntry& entry : upgrade.entries) {
-        if (std::find(groups.begin(), groups.end(), entry.controllers) == groups.end()) {
-            groups.push_back(entry.controllers);
-        }
-    }
     out << '\n' << painted(Colour::bold, "Script entries: " + std::to_string(upgrade.entries.size())) << '\n';
-    for (const std::vector<std::string>& controllers : groups) {
+    for (const EntryGroup& group : groupsOf(upgrade.entries)) {
+        const std::vector<std::string>& controllers = group.front()->controllers;
         const std::string heading = controllers.empty() ? "no controller named" : joined(controllers);
         out << "  " << painted(Colour::cyan, printable(heading)) << '\n';
-        for (const ScriptEntry& entry : upgrade.entries) {
-            if (entry.controllers != controllers) continue;
-            out << "    " << printable(entry.name) << " <- " << printable(entry.source) << '\n';
+        for (const ScriptEntry* entry : group) {
+            out << "    " << printable(entry->name) << " <- " << printable(entry->source) << '\n';
         }
     }
 }
