@@ -11,6 +11,7 @@ for package in 7zip-bin@5.2.0 rcedit@3.1.0 node-notifier@10.0.1 electron-winstal
     name=${package%@*}
     [ -d "$directory/$name" ] && continue
     archive=$(cd "$directory" && npm pack --silent "$package")
+    rm -rf "$directory/$name.part" # of a run that was broken off
     mkdir "$directory/$name.part"
     tar -xzf "$directory/$archive" -C "$directory/$name.part"
     rm "$directory/$archive"
