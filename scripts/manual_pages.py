@@ -33,6 +33,7 @@ class Page:
 
 PAGES = (
     Page("TaVekUtil", 1, ("docs/command-line.md", "docs/exit-status.md"), "edit sensor upgrade archives"),
+    Page("TaVekInspect", 1, ("docs/inspect.md",), "look into sensor upgrade archives"),
     Page(
         "TaVekUtil-configuration", 5, ("docs/configuration.md",), "configuration of a batch run of TaVekUtil"
     ),
