@@ -1,6 +1,7 @@
 #include "TaVekInspect/plan/archive_planner.h"
 
 #include <algorithm>
+#include <filesystem>
 
 #include "TaVekInspect/model/verification.h"
 #include "TaVekUtil/archive/install_destination.h"
@@ -50,6 +51,14 @@ std::string platformOfEntries(const Upgrade& upgrade) {
     return {};
 }
 
+/// One spelling for all that a path may have, as far as the text tells.
+std::string spellingOf(std::string path) {
+    std::replace(path.begin(), path.end(), '\\', '/');
+    const std::filesystem::path given(std::u8string(path.begin(), path.end()));
+    const std::u8string spelling = given.lexically_normal().generic_u8string();
+    return {spelling.begin(), spelling.end()};
+}
+
 bool isStockArchive(const std::string& name) {
     try {
         return TaVekUtil_IsStockPackage(name);
@@ -86,7 +95,7 @@ PlannedArchive ArchivePlanner::plan(const std::string& path) {
 
 bool ArchivePlanner::open(Work& work, const std::string& path, Quiet& quiet) {
     ArchiveExtended& archive = work.archive;
-    const auto earlier = results_.find(path);
+    const auto earlier = results_.find(spellingOf(path));
     try {
         static_cast<void>(TaVekUtil_SplitPath(path.c_str()));
         if (earlier == results_.end()) {
@@ -294,7 +303,7 @@ void ArchivePlanner::finish(Work& work) {
     if (work.archive.isInstallation()) {
         Ta::Check(checkTarget(installedManifestPath(work.archive.path)), operation);
         result.outcome = PlannedArchive::Outcome::written;
-        results_[result.path] = work.archive;
+        results_[spellingOf(result.path)] = work.archive;
         return;
     }
     save(work);
@@ -312,7 +321,7 @@ void ArchivePlanner::save(Work& work) {
     result.outcome = PlannedArchive::Outcome::saved;
     checkOutput(work);
     checkResult(work);
-    results_[output] = work.archive;
+    results_[spellingOf(output)] = work.archive;
 }
 
 void ArchivePlanner::checkOutput(Work& work) {
@@ -321,9 +330,9 @@ void ArchivePlanner::checkOutput(Work& work) {
     if (isStockArchive(fileNameOf(output))) {
         addWarning(findings, output + " has the name of a stock archive: a later run may take it for one");
     }
-    if (results_.contains(output)) addWarning(findings, output + " is saved twice");
-    const auto& stock = config_.stockPackages;
-    if (std::find(stock.begin(), stock.end(), output) != stock.end()) {
+    if (results_.contains(spellingOf(output))) addWarning(findings, output + " is saved twice");
+    const auto isOutput = [&](const std::string& path) { return spellingOf(path) == spellingOf(output); };
+    if (std::any_of(config_.stockPackages.begin(), config_.stockPackages.end(), isOutput)) {
         addWarning(findings, output + " is itself an archive of this run");
     }
 }

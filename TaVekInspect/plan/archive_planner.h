@@ -56,6 +56,6 @@ class ArchivePlanner {
     const PackagePlanner& packages_;
     const TemporaryDirectory& scratch_;
     ImaginedFiles files_;
-    std::map<std::string, ArchiveExtended> results_;  // by the path that the run would write
+    std::map<std::string, ArchiveExtended> results_;  // by the path that the run would write, in one spelling
     std::set<std::string> installed_;
 };

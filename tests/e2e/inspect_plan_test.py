@@ -109,6 +109,24 @@ class Steps(Planning):
             ["Custom-sensor.pkg", "Custom-Custom-sensor.pkg"],
         )
 
+    def test_a_saved_archive_is_known_however_its_path_is_written(self):
+        self.host_archive()
+        self.write("dir/x")
+        told = self.plan([self.new_package()], ["./sensor.pkg", "dir\\..\\Custom-sensor.pkg", "sensor.pkg"])
+        outputs = [archive["savedAs"] for archive in told["archives"]]
+        self.assertEqual(outputs[0::2], [combined(".", "Custom-sensor.pkg"), "Custom-sensor.pkg"])
+        self.assertEqual(
+            self.texts(told["archives"][0]),
+            [f"warning: {outputs[0]} is itself an archive of this run"],
+        )
+        self.assertEqual(
+            self.texts(told["archives"][2]),
+            [
+                "warning: Custom-sensor.pkg is saved twice",
+                "warning: Custom-sensor.pkg is itself an archive of this run",
+            ],
+        )
+
 
 class Failures(Planning):
     def test_all_of_them_and_not_just_the_first(self):
