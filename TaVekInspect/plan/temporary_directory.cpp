@@ -20,6 +20,18 @@ std::string randomName() {
     return name.data();
 }
 
+/// Gives this user the right to remove what is below `directory`: tar makes directories read-only where its
+/// archive says so.
+void makeRemovable(const fs::path& directory) {
+    std::error_code error;
+    for (fs::recursive_directory_iterator at(directory, error), end; !error && at != end;
+         at.increment(error)) {
+        std::error_code ignored;
+        if (at->symlink_status(ignored).type() != fs::file_type::directory) continue;
+        fs::permissions(at->path(), fs::perms::owner_all, fs::perm_options::add, ignored);
+    }
+}
+
 }  // namespace
 
 TemporaryDirectory::TemporaryDirectory() {
@@ -35,5 +47,6 @@ TemporaryDirectory::TemporaryDirectory() {
 
 TemporaryDirectory::~TemporaryDirectory() {
     std::error_code ignored;
+    makeRemovable(native(path_));
     fs::remove_all(native(path_), ignored);
 }

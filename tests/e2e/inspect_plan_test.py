@@ -3,6 +3,10 @@
 That plans come true is shown by every other module: the harness plans each batch before it runs.
 """
 
+import os
+import unittest
+
+from harness import program
 from harness.documents import (
     app,
     configuration,
@@ -15,7 +19,7 @@ from harness.documents import (
 )
 from harness.executable import executable
 from harness.inspection import Inspection
-from harness.program import combined
+from harness.program import ON_WINDOWS, combined
 from harness.scenario import EXECUTABLE_PATH
 from harness.zip_builder import Member
 
@@ -85,6 +89,20 @@ class Steps(Planning):
         self.tar("pkgs/new.tar", "work")
         archive = self.plan(["pkgs/new.tar"], status=0)["archives"][0]
         self.assertEqual(archive["added"][0]["path"], combined("pkgs/new", "a.so"))
+
+    @unittest.skipIf(ON_WINDOWS, "no such permissions there")
+    def test_the_temporary_directory_goes_whatever_the_tar_file_makes_of_it(self):
+        self.host_archive()
+        self.new_package(directory="work")
+        self.write("work/deep/er/file")
+        self.tar("pkgs/new.tar", "work", "--mode=a-w")
+        self.plan(["pkgs/new.tar"], status=0)
+        os.mkdir(self.path("temporary"))
+        os.chmod(self.path("temporary"), 0o777)
+        arguments = ["plan", "cfg.xml"]
+        variables = {"TMPDIR": self.path("temporary")}
+        program.start(self.inspector, arguments, self.root, unprivileged=True, variables=variables)
+        self.assertEqual(os.listdir(self.path("temporary")), [])
 
     def test_messages_name_the_directory_that_the_run_unpacks_to(self):
         self.host_archive()

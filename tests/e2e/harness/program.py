@@ -42,7 +42,11 @@ def environment():
     kept = ("PATH", "HOME", "WINEPREFIX", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LLVM_PROFILE_FILE")
     # Wine takes the arguments to be in the encoding of the locale.
     locale = "C.UTF-8" if ON_WINDOWS else "C"
-    return {"LC_ALL": locale, "WINEDEBUG": "-all", **{key: os.environ[key] for key in kept if key in os.environ}}
+    return {
+        "LC_ALL": locale,
+        "WINEDEBUG": "-all",
+        **{key: os.environ[key] for key in kept if key in os.environ},
+    }
 
 
 def limits(file_size):
@@ -54,16 +58,17 @@ def limits(file_size):
     return apply
 
 
-def start(program, arguments, directory, file_size=None, unprivileged=False, merged=False):
+def start(program, arguments, directory, file_size=None, unprivileged=False, merged=False, variables=None):
     """Runs the program in `directory`. `file_size` limits what a written file may hold, `merged` puts both
-    output streams into one, `unprivileged` takes root's rights away when this is root."""
+    output streams into one, `unprivileged` takes root's rights away when this is root, `variables` are added to
+    the environment."""
     other_user = (
         {"user": NOBODY, "group": NOBODY, "extra_groups": []} if unprivileged and os.getuid() == 0 else {}
     )
     done = subprocess.run(
         EMULATOR + [program, *arguments],
         cwd=directory,
-        env=environment(),
+        env=environment() | (variables or {}),
         timeout=120,
         check=False,
         stdin=subprocess.DEVNULL,
@@ -71,7 +76,7 @@ def start(program, arguments, directory, file_size=None, unprivileged=False, mer
         stderr=subprocess.STDOUT if merged else subprocess.PIPE,
         preexec_fn=limits(file_size),
         restore_signals=file_size is None,
-        **other_user
+        **other_user,
     )
     return Result(text(done.stdout), text(done.stderr or b""), done.returncode)
 
