@@ -17,8 +17,8 @@ struct PackageFile {
 
 /// An add-on package as loaded from its "vek_manifest.xml". Copies share the manifest document.
 struct AddonPackage {
-    Ta::ShortText beVersion;  ///< Host version the package was built for; "*" goes with any.
-    Ta::Text<256> name;
+    Ta::ShortText beVersion;         ///< Host version the package was built for; "*" goes with any.
+    Ta::Text<256> name;              ///< Up to 255 characters load; a unified manifest takes 127.
     std::vector<PackageFile> files;  ///< Of the selected platforms, in document order.
     Ta::Object<void*> manifest;
 };

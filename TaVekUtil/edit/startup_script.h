@@ -52,6 +52,7 @@ zStatus TaVekUtil_DeletePreviousFiles(StartupScript& script, zHandle archive, co
 
 /// Removes the first `File` entry named exactly `name` from the script of the container `archive` and puts
 /// its `source` into `sourceOut`, which is left alone when there is no such entry. The script member is
-/// written anew in either case; the member that the entry names stays. Raises Ta::Exception.
+/// written anew in either case; the member that the entry names stays. `allocator` is not used. Raises
+/// Ta::Exception.
 void TaVekUtils_ScriptXmlRemoveAndGetSource(zHandle archive, const char* name, char* sourceOut,
                                             std::size_t sourceCapacity, const zAllocator* allocator);
