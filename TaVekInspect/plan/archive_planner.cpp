@@ -153,8 +153,12 @@ void ArchivePlanner::removePackage(Work& work, const std::string& name) {
         }
         work.result.removed.push_back(std::move(removal));
     }
-    // One name at a time, so that a name that is not there does not hide what comes after it.
-    attempt(work.result.findings, "", [&] { TaVekUtils_RemovePackages(work.archive, {name}); });
+    // One name at a time, so that a name that is not there does not hide what comes after it; but as often as
+    // it is listed, for a second removal takes second script entries.
+    const auto& names = config_.vekPkgsToRemove;
+    const auto times = static_cast<std::size_t>(std::count(names.begin(), names.end(), name));
+    const std::vector<std::string> listed(times, name);
+    attempt(work.result.findings, "", [&] { TaVekUtils_RemovePackages(work.archive, listed); });
 }
 
 void ArchivePlanner::checkRemoval(Work& work, const RecordedPackage& package, const RecordedFile& file) {

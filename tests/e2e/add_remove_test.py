@@ -24,6 +24,7 @@ from harness.messages import (
     no_attribute,
     no_file,
     processing,
+    removal_failed,
     removing,
     saving,
     unchanged,
@@ -305,6 +306,29 @@ class Removing(Batch):
         after = self.archive_with(self.alpha, names=["/a"]).delete("data/a")
         after.put("script.xml", host_script()).put("vekPackages.xml", unified_manifest("linux_arm7"))
         self.expect_saved(after, removing("Alpha") * 2, remove=["Alpha", "Alpha"])
+
+    def two_entries(self, second):
+        """An archive with the package Alpha and two script entries for its file, the other with the source `second`."""
+        entries = file("/a", "data/a", "R2"), file("/a", second, "R2")
+        members = [zip_builder.Member("data/a", b"a"), zip_builder.Member("data/b", b"b")]
+        manifest = unified_manifest("linux_arm7", self.alpha)
+        return self.host_archive("sensor.pkg", "linux_arm7", *entries, manifest=manifest, members=members)
+
+    def test_a_name_listed_twice_takes_a_second_entry(self):
+        after = self.two_entries("data/b").delete("data/a").delete("data/b")
+        after.put("script.xml", host_script()).put("vekPackages.xml", unified_manifest("linux_arm7"))
+        self.expect_saved(after, removing("Alpha") * 2, remove=["Alpha", "Alpha"])
+
+    def test_a_name_listed_twice_whose_second_entry_cannot_be_removed(self):
+        self.two_entries("d" * 300)
+        detail = 'the attribute "source" of <File> needs 300 bytes, 255 are allowed'
+        message = located("TaVekUtils_ScriptXmlRemoveAndGetSource", -75, detail)
+        self.check_batch(
+            remove=["Alpha", "Alpha"],
+            stdout=processing("sensor.pkg") + removing("Alpha") * 2,
+            status=1,
+            stderr=removal_failed("/a") + archive_failed(message),
+        )
 
     def expect_not_found(self, name, progress="", remove=None):
         self.check_batch(
