@@ -17,6 +17,8 @@
 
 namespace {
 
+namespace fs = std::filesystem;
+
 constexpr const char* operation = "TaVekInspect";
 
 /// Runs `step`; what it raises becomes an error with `subject` in front, and the answer is false.
@@ -51,11 +53,13 @@ std::string platformOfEntries(const Upgrade& upgrade) {
     return {};
 }
 
-/// One spelling for all that a path may have, as far as the text tells.
+/// One spelling for all the paths of one file or directory, also of one that is yet to be made.
 std::string spellingOf(std::string path) {
     std::replace(path.begin(), path.end(), '\\', '/');
-    const std::filesystem::path given(std::u8string(path.begin(), path.end()));
-    const std::u8string spelling = given.lexically_normal().generic_u8string();
+    std::error_code error;
+    const fs::path whole = fs::absolute(std::u8string(path.begin(), path.end()), error);
+    const fs::path canonical = fs::weakly_canonical(whole, error);
+    const std::u8string spelling = (error ? whole.lexically_normal() : canonical).generic_u8string();
     return {spelling.begin(), spelling.end()};
 }
 
@@ -117,7 +121,20 @@ bool ArchivePlanner::open(Work& work, const std::string& path, Quiet& quiet) {
     archive.files = &files_;
     work.before = readUpgrade(archive);
     work.result.platform = archive.platform;
-    return attempt(work.result.findings, "", [&] { work.result.hostVersion = archive.Version(); });
+    return readVersion(work);
+}
+
+bool ArchivePlanner::readVersion(Work& work) {
+    try {
+        work.result.hostVersion = work.archive.Version();
+        return true;
+    } catch (const Ta::Exception& exception) {
+        // The run asks for it when there is a package to add.
+        const bool isAsked = !packages_.packages().empty();
+        const auto severity = isAsked ? Finding::Severity::error : Finding::Severity::warning;
+        work.result.findings.push_back({severity, reasonOf(exception, "")});
+        return !isAsked;
+    }
 }
 
 void ArchivePlanner::checkPlatform(Work& work) {

@@ -37,6 +37,7 @@ class ArchivePlanner {
     };
 
     bool open(Work& work, const std::string& path, Quiet& quiet);
+    bool readVersion(Work& work);
     void checkPlatform(Work& work);
     void remove(Work& work);
     void removePackage(Work& work, const std::string& name);

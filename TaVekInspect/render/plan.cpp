@@ -23,7 +23,8 @@ void printPackages(std::ostream& out, const Plan& plan) {
 
 std::string headOf(const PlannedArchive& archive) {
     if (archive.platform.empty()) return archive.path;
-    return archive.path + ": " + archive.platform + ", host version " + archive.hostVersion;
+    const std::string version = archive.hostVersion.empty() ? "unknown" : archive.hostVersion;
+    return archive.path + ": " + archive.platform + ", host version " + version;
 }
 
 void printOutcome(std::ostream& out, const PlannedArchive& archive) {

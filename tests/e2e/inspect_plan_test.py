@@ -104,6 +104,13 @@ class Steps(Planning):
         program.start(self.inspector, arguments, self.root, unprivileged=True, variables=variables)
         self.assertEqual(os.listdir(self.path("temporary")), [])
 
+    def test_a_changed_installation_is_known_however_its_path_is_written(self):
+        self.installation()
+        self.write("tools/vekPackages.xml", unified_manifest("win", app("Old")))
+        told = self.plan(stock=["tools/", self.path("tools")], remove=["Old"])
+        self.assertEqual([archive["outcome"] for archive in told["archives"]], ["written", "failed"])
+        self.assertEqual(self.texts(told["archives"][1]), ["error: Package Old not found in archive"])
+
     def test_messages_name_the_directory_that_the_run_unpacks_to(self):
         self.host_archive()
         names = "abcdefghijk"
@@ -130,7 +137,8 @@ class Steps(Planning):
     def test_a_saved_archive_is_known_however_its_path_is_written(self):
         self.host_archive()
         self.write("dir/x")
-        told = self.plan([self.new_package()], ["./sensor.pkg", "dir\\..\\Custom-sensor.pkg", "sensor.pkg"])
+        again = "dir\\..\\Custom-sensor.pkg"
+        told = self.plan([self.new_package()], ["./sensor.pkg", again, "sensor.pkg"])
         outputs = [archive["savedAs"] for archive in told["archives"]]
         self.assertEqual(outputs[0::2], [combined(".", "Custom-sensor.pkg"), "Custom-sensor.pkg"])
         self.assertEqual(
@@ -336,6 +344,13 @@ class Traps(Planning):
         self.assertEqual(
             texts, ['warning: package entry "pkgs/new" has no file for platform ombix and is left out']
         )
+
+    def test_a_manifest_without_version_when_nobody_asks_for_it(self):
+        manifest = unified_manifest("linux_arm7", app("Old")).replace("BeVersion", "Version")
+        self.archive("sensor.pkg", host_script("linux_arm7"), manifest)
+        self.trap("there is no element BeVersion", remove=["Old"])
+        told = self.plan([self.new_package()], remove=["Old"])
+        self.assertIn("error: there is no element BeVersion", self.texts(told["archives"][0]))
 
     def test_a_removal_that_misses_its_file(self):
         manifest = unified_manifest("linux_arm7", app("New", entry("VekApp", "a.so", "")))
