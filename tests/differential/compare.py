@@ -1,10 +1,13 @@
-"""One case: laid out twice, on the disk for the program and in memory for the model, run by both, compared."""
+"""One case: laid out twice, on the disk for the program and in memory for the model, run by both, compared; and
+foretold by TaVekInspect."""
 
+import json
 import os
 import re
 import shutil
 
 from harness import program
+from harness.foresight import SAVING, batch_of
 from harness.zip_walker import Added, Entry, Malformed, walk
 
 from compare_documents import document_differences
@@ -38,8 +41,19 @@ class Comparison:
         started = program.install(os.path.join(self.root, "host/bin/win64"))
         model = Program(self.root, os.path.dirname(started), HOST_EXECUTABLES)
         status = model.run(case.words)
+        plan = self.plan(started, case.words)
         result = program.start(started, case.words, self.root)
-        return status, self.compare_streams(model, status, result) + self.compare_files(model)
+        lines = self.compare_streams(model, status, result) + self.compare_files(model)
+        return status, lines + plan_differences(plan, result)
+
+    def plan(self, started, words):
+        """What TaVekInspect foretells of a batch; None for another run, or without the inspector."""
+        batch = batch_of(words)
+        if batch is None or not program.INSPECTOR:
+            return None
+        inspector = os.path.join(os.path.dirname(started), os.path.basename(program.INSPECTOR))
+        arguments = ["plan", batch[0], "--platform", batch[1], "--json"]
+        return json.loads(program.start(inspector, arguments, self.root).stdout)
 
     def reduced(self, case):
         """The case without the files that it can do without and still differ."""
@@ -91,6 +105,15 @@ class Comparison:
             differences = content_differences(model.disk.files.get(path), found.get(path))
             lines += [f"{os.path.relpath(path, self.root)}: {line}" for line in differences]
         return lines
+
+
+def plan_differences(plan, result):
+    if plan is None:
+        return []
+    saved = [line[len(SAVING) :] for line in result.stdout.splitlines() if line.startswith(SAVING)]
+    foretold = [archive["savedAs"] for archive in plan["archives"] if archive["outcome"] == "saved"]
+    lines = [] if plan["succeeds"] == (result.status == 0) else [f"foretold: success is {plan['succeeds']}"]
+    return lines + ([] if saved == foretold else [f"foretold: saved {foretold}, it was {saved}"])
 
 
 def content_differences(ours, theirs):

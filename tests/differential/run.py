@@ -1,7 +1,10 @@
 #!/usr/bin/env python3
 """Runs random cases through the program and through a model of it, and compares all that a run leaves.
 
-    run.py --program build/release/bin/TaVekUtil --seed 1 --runs 1000 [--jobs 2] [--keep DIRECTORY]
+    run.py --program build/release/bin/TaVekUtil [--inspector build/release/bin/TaVekInspect]
+           --seed 1 --runs 1000 [--jobs 2] [--keep DIRECTORY]
+
+With an inspector each batch is planned before it runs, and must come out as foretold.
 
 Case N of seed S is the same on every machine: `--seed S --first N --runs 1` repeats it, `--keep` leaves its disk.
 """
@@ -23,6 +26,7 @@ sys.path[:0] = [str(HERE), str(HERE.parent / "e2e")]
 def options_of(arguments):
     parser = argparse.ArgumentParser(description="Compares the program with a model of it on random cases.")
     parser.add_argument("--program", required=True)
+    parser.add_argument("--inspector", default="", help="TaVekInspect, to foretell each batch")
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--first", type=int, default=0, help="number of the first case")
     parser.add_argument("--runs", type=int, default=1000)
@@ -61,6 +65,7 @@ def memory_directory():
 def main(arguments):
     options = options_of(arguments)
     os.environ["TAVEK_PROGRAM"] = os.path.abspath(options.program)
+    os.environ["TAVEK_INSPECTOR"] = os.path.abspath(options.inspector) if options.inspector else ""
     scratch = tempfile.mkdtemp(prefix="tavek-differential-", dir=memory_directory())
     print(f"seed {options.seed}, cases {options.first} to {options.first + options.runs - 1}", flush=True)
     try:
