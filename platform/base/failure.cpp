@@ -44,7 +44,7 @@ zStatus record(std::error_code error, std::string_view subject) {
 }
 
 zStatus within(std::string_view context, zStatus status) {
-    if (status == last.status) {
+    if (status != zStatus_Success && status == last.status) {
         const Last inner = last;
         begin(status);
         append(context);

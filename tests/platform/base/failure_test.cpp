@@ -63,4 +63,10 @@ TEST(Guarded, turnsExhaustedMemoryIntoAStatus) {
     EXPECT_EQ(failure::guarded([]() -> zStatus { throw std::length_error("too long"); }), zStatus_NoMemory);
 }
 
+TEST(Failure, contextOfASuccessIsNotKept) {
+    static_cast<void>(failure::record(zStatus_Success, ""));
+    EXPECT_EQ(failure::within("script.xml:", zStatus_Success), zStatus_Success);
+    EXPECT_EQ(failure::detailOf(zStatus_Success), "");
+}
+
 }  // namespace
