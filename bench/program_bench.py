@@ -3,9 +3,10 @@
 
 Usage: program_bench.py PROGRAM [--work DIR] [--rounds N] [--only NAME,...] [--results FILE]
 
-Every scenario makes its input once, then runs the program and its rivals in turn, N times (5 unless told) after one
+Every scenario makes its input once, then runs the program and its rivals in turn, N times (8 unless told) after one
 round that warms the caches and in which the outputs are compared, and prints medians with the ratio of the program to
-each rival, beside what the ratio is meant to be at most. All write to disk: what they wrote is flushed within the time
+each rival, beside what the ratio is meant to be at most. Each round begins with another one, for what ran before leaves
+memory and disk in one state or another. All write to disk: what they wrote is flushed within the time
 measured, and nothing else waits to be written when a run begins. Machines differ from minute to minute: only the ratios
 of one run mean anything. The raw numbers go to FILE as JSON; those of scenarios that were not run now stay there.
 """
@@ -117,6 +118,11 @@ def machine():
     return f"{os.cpu_count()} x {model}, {memory:.0f} GiB, Linux {os.uname().release}, load {load}"
 
 
+def rotated(items, count):
+    first = count % len(items)
+    return items[first:] + items[:first]
+
+
 def shell(text):
     return ["sh", "-c", text]
 
@@ -155,7 +161,7 @@ class Bench:
         figures = {key: [] for key in commands}
         contents = {}
         for round_number in range(self.rounds + 1):
-            for key, command in commands.items():
+            for key, command in rotated(list(commands.items()), round_number):
                 for output in outputs:
                     (directory / output).unlink(missing_ok=True)
                 os.sync()
@@ -285,7 +291,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("program")
     parser.add_argument("--work", default="build/bench-data")
-    parser.add_argument("--rounds", type=int, default=5)
+    parser.add_argument("--rounds", type=int, default=8)
     parser.add_argument("--only", default=",".join(SCENARIOS))
     parser.add_argument("--results")
     arguments = parser.parse_args()
