@@ -64,7 +64,8 @@ std::size_t MemberTable::find(std::string_view name) const {
 }
 
 void MemberTable::reserve(std::size_t count) {
-    members_.reserve(count);
+    // A few more: an edit adds members, and must not make a full table twice as large.
+    members_.reserve(count + count / 16);
     std::size_t slots = fewestSlots;
     while (isCrowded(count, slots)) slots *= 2;
     if (slots > slots_.size()) growSlots(slots);

@@ -42,7 +42,7 @@ class MemberTable {
     /// Index of the member `name`, `none` without one.
     std::size_t find(std::string_view name) const;
 
-    /// Makes place for `count` members in all, which spares growing step by step.
+    /// Makes place for `count` members in all and some more, which spares growing step by step.
     void reserve(std::size_t count);
 
     /// Appends a member; null when there is one of that name. Pointers to members go invalid. Throws
