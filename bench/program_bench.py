@@ -5,8 +5,8 @@ Usage: program_bench.py PROGRAM [--work DIR] [--rounds N] [--only NAME,...] [--r
 
 Every scenario makes its input once, then runs the program and its rivals in turn, N times (8 unless told) after one
 round that warms the caches and in which the outputs are compared, and prints medians with the ratio of the program to
-each rival, beside what the ratio is meant to be at most. Each round begins with another one, for what ran before leaves
-memory and disk in one state or another. All write to disk: what they wrote is flushed within the time
+each rival, beside what the ratio is meant to be at most. Their order differs from round to round, for what ran before
+leaves memory and disk in one state or another. All write to disk: what they wrote is flushed within the time
 measured, and nothing else waits to be written when a run begins. Machines differ from minute to minute: only the ratios
 of one run mean anything. The raw numbers go to FILE as JSON; those of scenarios that were not run now stay there.
 """
@@ -118,11 +118,6 @@ def machine():
     return f"{os.cpu_count()} x {model}, {memory:.0f} GiB, Linux {os.uname().release}, load {load}"
 
 
-def rotated(items, count):
-    first = count % len(items)
-    return items[first:] + items[:first]
-
-
 def shell(text):
     return ["sh", "-c", text]
 
@@ -160,18 +155,20 @@ class Bench:
         """
         figures = {key: [] for key in commands}
         contents = {}
+        own = next(iter(commands))
+        dice = random.Random(len(commands))
         for round_number in range(self.rounds + 1):
-            for key, command in rotated(list(commands.items()), round_number):
+            for key, command in dice.sample(list(commands.items()), len(commands)):
                 for output in outputs:
                     (directory / output).unlink(missing_ok=True)
                 os.sync()
                 figure = run(command, directory)
                 if round_number > 0:
                     figures[key].append(figure)
-                elif not contents or key in same:
+                elif key == own or key in same:
                     contents[key] = members_of(directory, outputs)
         for key in same:
-            if contents[key] != next(iter(contents.values())):
+            if contents[key] != contents[own]:
                 sys.exit(f"{name}: {key} made something else")
         runs = {key: {"seconds": [f[0] for f in runs], "MiB": [f[1] for f in runs]} for key, runs in figures.items()}
         self.results[name] = {"runs": runs, "targets": targets or {}}
