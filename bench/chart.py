@@ -11,7 +11,7 @@ import pathlib
 import statistics
 import sys
 
-BAR, GAP, LEFT, WIDTH, LONGEST = 18, 14, 170, 1080, 460
+BAR, GAP, LEFT, WIDTH, LONGEST = 18, 14, 170, 1120, 460
 STYLE = """text { font: 13px sans-serif; fill: #222 } .title { font-weight: bold }
 .own { fill: #2a7ab0 } .rival { fill: #b9c4cc } .target { stroke: #c0392b; stroke-width: 2 } .back { fill: #fff }
 @media (prefers-color-scheme: dark) {
