@@ -112,8 +112,11 @@ zStatus zFile_Delete(const char* path) {
 
 bool zFile_IsSame(const char* one, const char* other) {
     const zStatus status = failure::guarded([&] {
+        os::FileType type{};
         os::InputFile file;
-        const bool isSame = !file.open(one) && file.isSameFileAs(other);
+        // Opening a pipe would wait for its other end.
+        const bool isPlain = !os::fileType(one, type) && type == os::FileType::regular;
+        const bool isSame = isPlain && !file.open(one) && file.isSameFileAs(other);
         return isSame ? zStatus_Success : zStatus_NotFound;
     });
     return status == zStatus_Success;

@@ -21,7 +21,7 @@ zStatus zFile_Copy(const char* source, const char* destination);
 /// Removes the file `path`, never a directory. zStatus_NotFound when it does not exist.
 zStatus zFile_Delete(const char* path);
 
-/// True when `one` and `other` name the same existing file, by whatever name or link. False also when that
+/// True when `one` and `other` name the same plain file, by whatever name or link. False also when that
 /// cannot be told, for `one` may not be read.
 bool zFile_IsSame(const char* one, const char* other);
 

@@ -91,11 +91,10 @@ mode_t modeLike(const std::string& model) {
     return !model.empty() && ::stat(model.c_str(), &status) == 0 ? status.st_mode & 0777 : 0666;
 }
 
-/// Gives a file away. Not to be allowed to, and an owner whom this container does not know (EINVAL), is no
-/// failure; `given` then is false.
-std::error_code giveTo(uid_t owner, gid_t group, int file, bool& given) {
-    given = ::fchown(file, owner, group) == 0;
-    return given || errno == EPERM || errno == EINVAL ? std::error_code{} : lastError();
+/// True when the last call was not allowed to give a file away, or to an owner whom this container does not
+/// know (EINVAL): no failure, for the file can do without.
+bool mayNotGive() {
+    return errno == EPERM || errno == EINVAL;
 }
 
 /// Gives the new file the owner and permissions of the one it replaces; its group alone, which others may
@@ -105,10 +104,9 @@ std::error_code takeOver(int file, const struct stat& replaced) {
     constexpr mode_t everyBit = 07777;
     constexpr mode_t accessBits = 0777;
     constexpr auto sameUser = static_cast<uid_t>(-1);
-    bool sameOwner = false, sameGroup = false;
-    std::error_code error = giveTo(replaced.st_uid, replaced.st_gid, file, sameOwner);
-    if (!error && !sameOwner) error = giveTo(sameUser, replaced.st_gid, file, sameGroup);
-    if (error) return error;
+    const bool sameOwner = ::fchown(file, replaced.st_uid, replaced.st_gid) == 0;
+    if (!sameOwner && !mayNotGive()) return lastError();
+    if (!sameOwner && ::fchown(file, sameUser, replaced.st_gid) != 0 && !mayNotGive()) return lastError();
     const mode_t mode = replaced.st_mode & (sameOwner ? everyBit : accessBits);
     return ::fchmod(file, mode) == 0 ? std::error_code{} : lastError();
 }

@@ -1,5 +1,6 @@
 """TaVekInspect diff and report: what tells two archives, or two installation directories, apart."""
 
+import os
 import subprocess
 import unittest
 from html.parser import HTMLParser
@@ -7,6 +8,7 @@ from html.parser import HTMLParser
 from harness.documents import app, entry, file, host_script, unified_manifest
 from harness.executable import executable
 from harness.inspection import Inspection
+from harness.program import ON_WINDOWS
 from harness.scenario import EXECUTABLE_PATH
 from harness.zip_builder import DEFLATED, Member
 
@@ -175,3 +177,10 @@ class Report(Inspection):
         for name in ("old.pkg", "./new.pkg"):
             stderr = f"TaVekInspect: {name}: that is one of the archives\n"
             self.inspect("report", "old.pkg", "new.pkg", "--html", name, status=2, stderr=stderr)
+
+    @unittest.skipIf(ON_WINDOWS, "no pipes among files there")
+    def test_a_pipe_for_an_archive_is_not_waited_for(self):
+        self.installed()
+        os.mkfifo(self.path("pipe"))
+        stderr = "pipe: error: neither an archive nor an installation directory: not a plain file\n"
+        self.page("pipe", "new.pkg", status=2, stderr=stderr)

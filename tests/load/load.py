@@ -4,8 +4,8 @@
     load.py --program build/release/bin/TaVekUtil [--archives 200] [--packages 20] [--files 5] [--size 256]
             [--samples FILE]
 
-Memory and files held while the last fifth of the archives is saved must be what they were early in the run. FILE gets what was
-seen, as JSON, for bench/load_chart.py.
+Memory and files held while the last fifth of the archives is saved must be what they were early in the run. FILE gets
+what was seen, as JSON, for bench/load_chart.py.
 """
 
 import argparse
@@ -125,7 +125,7 @@ def judged(options, samples):
         first, last = (max(getattr(sample, name) for sample in part) for part in (early, late))
         print(f"{name}: at most {first} {unit} early in the run, {last} late")
         flat = flat and last <= first + slack
-    print(f"{len(samples)} samples, most memory {max(s.resident for s in samples)} KiB")
+    print(f"{len(samples)} samples in {samples[-1].seconds:.1f} s, most memory {max(s.resident for s in samples)} KiB")
     return flat
 
 
@@ -146,7 +146,7 @@ def main(arguments):
     )
     try:
         status, saved, samples = watched(os.path.abspath(options.program), lay_out(root, options))
-        print(f"{saved} of {options.archives} archives saved in {samples[-1].seconds:.1f} s, exit status {status}")
+        print(f"{saved} of {options.archives} archives saved, exit status {status}")
         if options.samples:
             pathlib.Path(options.samples).write_text(json.dumps([asdict(sample) for sample in samples]))
         return 0 if status == 0 and saved == options.archives and judged(options, samples) else 1

@@ -90,7 +90,7 @@ void Overrides::read(std::string_view records) {
     }
 }
 
-void Overrides::override(const Overrides& stronger) {
+void Overrides::overlay(const Overrides& stronger) {
     if (stronger.name) name = stronger.name;
     if (stronger.link) link = stronger.link;
     if (stronger.size) size = stronger.size;

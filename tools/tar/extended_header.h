@@ -25,7 +25,7 @@ struct Overrides {
     void read(std::string_view records);
 
     /// Puts what `stronger` says in place of what is said here.
-    void override(const Overrides& stronger);
+    void overlay(const Overrides& stronger);
 
     /// Puts what is said here in place of what the plain header says.
     void apply(Member& member) const;

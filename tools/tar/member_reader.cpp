@@ -76,7 +76,7 @@ void MemberReader::startNote() {
 
 void MemberReader::startMember() {
     Overrides said = global_;
-    said.override(std::exchange(next_, {}));
+    said.overlay(std::exchange(next_, {}));
     said.apply(member_);
     if (member_.size > longestMember) throw Failure("member " + shownName(member_.name) + ": an absurd size");
     if (member_.kind != Kind::file && member_.kind != Kind::unsupported && member_.size != 0) {

@@ -179,6 +179,8 @@ TEST_F(Extraction, refusesHardLinksThatLeadOutside) {
               "member a: the name begins at a root");
     EXPECT_EQ(refusal(tarMember({.name = "a", .kind = '1', .link = "missing"})),
               "member a: a link to what is no file");
+    EXPECT_EQ(refusal(tarMember({.name = "a", .kind = '1', .link = "deep/missing"})),
+              "member a: a link to what is no file");
     EXPECT_EQ(refusal(tarMember({.name = "a", .kind = '1', .link = "."})),
               "member a: a link to what is no file");
     EXPECT_THAT(unpacked(), IsEmpty());
