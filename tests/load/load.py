@@ -53,7 +53,7 @@ def options_of(arguments):
 def lay_out(root, options):
     """Writes archives, packages and the configuration; answers its path."""
     dice = random.Random(1)
-    half = dice.randbytes(options.size * 512)
+    half = b"".join(dice.randbytes(512) for _ in range(options.size))
     blob = zip_builder.build(
         [
             zip_builder.Member("host/app", half, zip_builder.DEFLATED),
@@ -115,6 +115,7 @@ def watched(program, configuration):
 
 def judged(options, samples):
     """Prints what was seen; answers whether it stayed flat."""
+    print(f"{len(samples)} samples in {samples[-1].seconds:.1f} s, most memory {max(s.resident for s in samples)} KiB")
     early = [s for s in samples if 0.05 <= s.saved / options.archives < 0.25]
     late = [s for s in samples if s.saved / options.archives >= 0.8]
     if not early or not late:
@@ -125,7 +126,6 @@ def judged(options, samples):
         first, last = (max(getattr(sample, name) for sample in part) for part in (early, late))
         print(f"{name}: at most {first} {unit} early in the run, {last} late")
         flat = flat and last <= first + slack
-    print(f"{len(samples)} samples in {samples[-1].seconds:.1f} s, most memory {max(s.resident for s in samples)} KiB")
     return flat
 
 
