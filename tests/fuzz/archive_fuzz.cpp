@@ -3,7 +3,6 @@
 // one must have stopped the save, and a second save must give the same bytes.
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -11,13 +10,12 @@
 #include "platform/archive/archive.h"
 #include "platform/archive/codec.h"
 #include "platform/base/failure.h"
+#include "tests/fuzz/require.h"
 #include "tests/testing/scratch_directory.h"
 
 namespace {
 
-void require(bool condition) {
-    if (!condition) std::abort();
-}
+using fuzz::require;
 
 struct Holder {
     Holder() { require(zArchive_Construct(&handle, nullptr) == zStatus_Success); }

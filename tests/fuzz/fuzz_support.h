@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdio>
-#include <cstdlib>
 #include <iostream>
 #include <optional>
 #include <sstream>
@@ -10,16 +8,10 @@
 #include <vector>
 
 #include "platform/xml/xml.h"
+#include "tests/fuzz/require.h"
 
 /// What the fuzz targets of the tool share.
 namespace fuzz {
-
-/// A finding: ends the process with the sentence `what`.
-inline void require(bool condition, const char* what) {
-    if (condition) return;
-    std::fprintf(stderr, "fuzz: %s\n", what);
-    std::abort();
-}
 
 /// Takes what goes to std::cout and std::cerr as long as it lives.
 class Streams {

@@ -4,8 +4,9 @@
 #include "platform/archive/inflate.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <vector>
+
+#include "tests/fuzz/require.h"
 
 #ifdef TAVEK_ZLIB
 #include <zlib.h>
@@ -13,13 +14,11 @@
 
 namespace {
 
+using fuzz::require;
+
 using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::size_t longestOutput = 1 << 20;
-
-void require(bool condition) {
-    if (!condition) std::abort();
-}
 
 class Pieces : public inflation::Input {
   public:

@@ -2,9 +2,9 @@
 // stay, and what is refused is refused with a word.
 
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 
+#include "tests/fuzz/require.h"
 #include "tests/testing/scratch_directory.h"
 #include "tools/tar/failure.h"
 #include "tools/tar/unpack.h"
@@ -12,10 +12,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-void require(bool condition) {
-    if (!condition) std::abort();
-}
+using fuzz::require;
 
 /// Makes everything in the directory removable again.
 void unlock(const std::string& path) {

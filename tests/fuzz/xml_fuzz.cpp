@@ -4,24 +4,19 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/base/failure.h"
+#include "tests/fuzz/require.h"
 #include "tests/testing/xml_tree.h"
 
 namespace {
 
+using fuzz::require;
 using testing::describeTree;
 using testing::writtenBytes;
-
-void require(bool condition, const char* what) {
-    if (condition) return;
-    std::fprintf(stderr, "xml_fuzz: %s\n", what);
-    std::abort();
-}
 
 /// Numbers that follow from the input.
 class Dice {
