@@ -30,6 +30,8 @@ REPOSITORY = pathlib.Path(__file__).resolve().parent.parent
 HOME = pathlib.Path(os.environ.get("TAVEK_MUTATE", REPOSITORY / "build" / "mutate"))
 SOURCE, BUILD = HOME / "source", HOME / "build"
 FOLDERS = ("TaVekUtil", "platform")
+# Labels of tests that take minutes, which is too long for every change that the others do not notice.
+SLOW = {"faults", "large"}
 # Other systems' sources are not built here.
 LEFT_OUT = re.compile(r"/windows_|\.txt$|\.in$")
 
@@ -218,7 +220,7 @@ def known_tests():
         programs = [word for word in test.get("command", []) if word.startswith(str(BUILD / "bin"))]
         properties = {item["name"]: item["value"] for item in test["properties"]}
         folder = os.path.relpath(properties["WORKING_DIRECTORY"], BUILD / "tests")
-        if programs and "large" not in properties.get("LABELS", []):  # which takes minutes of writing to disk
+        if programs and SLOW.isdisjoint(properties.get("LABELS", [])):
             yield Test(test["name"], test["command"], pathlib.Path(programs[0]), folder)
 
 
