@@ -241,6 +241,32 @@ TEST(InflateDynamic, decodesTheLongestCodes) {
     expectContent(stream, expected);
 }
 
+TEST(InflateDynamic, decodesTheLongestMatches) {
+    // Codes as above: a literal of eleven bits, as long as one lookup finds, and a length, a distance and the
+    // end of fifteen; with their extra bits one turn takes 59, and whatever comes next has long codes again.
+    std::vector<unsigned> symbols(286), distances(30);
+    for (unsigned i = 0; i < 14; ++i) symbols['a' + i] = distances[14 + i] = i + 1;
+    symbols[256] = symbols[284] = distances[28] = distances[29] = 15;
+    std::string expected;
+    for (unsigned i = 0; i < 1000; ++i) expected += static_cast<char>(i * i % 251);
+    S stream;
+    stream.storedBlock(expected, false).header(false, S::fixedType);
+    while (expected.size() < 30'000) {  // a history to reach back into: matches of 258 bytes, 1,000 back
+        stream.fixedSymbol(285).code(19, 5).bits(1000 - 769, 8);
+        expected += expected.substr(expected.size() - 1000, 258);
+    }
+    stream.fixedSymbol(256).dynamicHeader(symbols, distances);
+    for (unsigned turn = 0; turn < 64; ++turn) {
+        const unsigned length = 227 + turn % 31, distance = 16385 + turn * 127;
+        for (unsigned i = 0; i < turn % 8; ++i) stream.code(0, 1);
+        stream.code(0x7FE, 11).code(0x7FFF, 15).bits(length - 227, 5);
+        stream.code(0x7FFE, 15).bits(distance - 16385, 13);
+        expected += std::string(turn % 8, 'a') + 'k';
+        expected += expected.substr(expected.size() - distance, length);
+    }
+    expectContent(stream.code(0x7FFE, 15), expected);
+}
+
 TEST(InflateDynamic, takesABlockOfNothingButItsEnd) {
     std::vector<unsigned> symbols(257);
     symbols[256] = 1;

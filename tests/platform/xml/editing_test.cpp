@@ -165,6 +165,8 @@ TEST(DeleteItem, takesTheLinesThatItStandsOnAlone) {
     EXPECT_EQ(without("<a>\n  <b/>\n  <c/>\n</a>", "a/b"), "<a>\n  <c/>\n</a>");
     EXPECT_EQ(without("<a>\n  <b/>\n  <c/>\n</a>", "a/c"), "<a>\n  <b/>\n</a>");
     EXPECT_EQ(without("<a>\r\n\t<b>\r\n\t</b>\t\r\n\t<c/>\r\n</a>", "a/b"), "<a>\r\n\t<c/>\r\n</a>");
+    EXPECT_EQ(without("<a>\r\n  <b/>\n  <c/>\n</a>", "a/b"), "<a>\r\n  <c/>\n</a>") << "the line's own end";
+    EXPECT_EQ(without("<a>\n  <b/>\r\n  <c/>\n</a>", "a/b"), "<a>\n  <c/>\n</a>") << "the line's own end";
     EXPECT_EQ(without("<a>\n  <b/>\n</a>", "a/b"), "<a>\n</a>");
     EXPECT_EQ(without("<a>\n\n  <b/>\n\n  <c/>\n</a>", "a/b"), "<a>\n\n\n  <c/>\n</a>") << "blank lines stay";
     EXPECT_EQ(without("<a>\n  <!--x-->\n  <b/>\n</a>", "a/b"), "<a>\n  <!--x-->\n</a>");
