@@ -77,6 +77,14 @@ TEST(Permissions, ofANewFileAreThoseOfAnyNewFile) {
     EXPECT_EQ(modeOf(scratch.path("a.txt")), 0640u);
 }
 
+TEST(Permissions, ofANewDirectoryAreThoseOfAnyNewDirectory) {
+    const ScratchDirectory scratch;
+    const Umask umask(027);
+    ASSERT_FALSE(os::createDirectories(scratch.path("a/b")));
+    EXPECT_EQ(modeOf(scratch.path("a")), 0750u);
+    EXPECT_EQ(modeOf(scratch.path("a/b")), 0750u);
+}
+
 TEST(Permissions, ofANewFileFollowItsModel) {
     const ScratchDirectory scratch;
     const std::string model = scratch.write("model", "");
