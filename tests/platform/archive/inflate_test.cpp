@@ -243,7 +243,8 @@ TEST(InflateDynamic, decodesTheLongestCodes) {
 
 TEST(InflateDynamic, decodesTheLongestMatches) {
     // Codes as above: a literal of eleven bits, as long as one lookup finds, and a length, a distance and the
-    // end of fifteen; with their extra bits one turn takes 59, and whatever comes next has long codes again.
+    // end of fifteen; with their extra bits one turn takes 59 bits, and whatever comes next has long codes
+    // again.
     std::vector<unsigned> symbols(286), distances(30);
     for (unsigned i = 0; i < 14; ++i) symbols['a' + i] = distances[14 + i] = i + 1;
     symbols[256] = symbols[284] = distances[28] = distances[29] = 15;
