@@ -186,7 +186,13 @@ def run(command, check=False, limit=None):
     """Whether the command succeeds within `limit` seconds; it and what it started end with that."""
     with open(HOME / "log", "wb") as log:
         process = subprocess.Popen(
-            command, stdout=log, stderr=log, stdin=subprocess.DEVNULL, cwd=HOME, start_new_session=True
+            command,
+            stdout=log,
+            stderr=log,
+            stdin=subprocess.DEVNULL,
+            cwd=HOME,
+            env=os.environ | {"GTEST_FAIL_FAST": "1"},  # the first complaint is enough
+            start_new_session=True,
         )
         try:
             status = process.wait(limit)
