@@ -78,12 +78,19 @@ class CommandLine(Inspection):
         self.host_archive("sensor.pkg")
         self.assertIn("sensor.pkg: 33 %", self.on_terminal("verify", "sensor.pkg"))
 
-    def on_terminal(self, *arguments):
+    @unittest.skipIf(ON_WINDOWS, "no pseudo terminals there")
+    def test_a_terminal_that_can_do_nothing_is_written_to_as_a_pipe(self):
+        self.host_archive("sensor.pkg")
+        seen = self.on_terminal("list", "sensor.pkg", kind="dumb")
+        self.assertEqual(seen.replace("\r", ""), self.inspect("list", "sensor.pkg"))
+        self.assertNotIn("%", self.on_terminal("verify", "sensor.pkg", kind="dumb"))
+
+    def on_terminal(self, *arguments, kind="xterm"):
         """What the program writes when both its streams are a terminal."""
         import pty
 
         master, slave = pty.openpty()
-        environment = dict(program.environment(), TERM="xterm")
+        environment = dict(program.environment(), TERM=kind)
         done = subprocess.run(
             program.EMULATOR + [self.inspector, *arguments],
             cwd=self.root,

@@ -15,6 +15,7 @@
 #include <optional>
 #include <thread>
 
+#include "platform/os/access.h"
 #include "platform/os/os.h"
 #include "tests/testing/scratch_directory.h"
 
@@ -155,6 +156,23 @@ TEST(Permissions, keepTheGroupWhenTheOwnerIsAnother) {
     EXPECT_NE(replaced.st_uid, 0u);
     EXPECT_EQ(replaced.st_gid, team);
     EXPECT_EQ(replaced.st_mode & 07777, 0660u);
+}
+
+TEST(Permissions, toReplaceAFileAreToWriteToItsDirectoryAndToPassIt) {
+    const ScratchDirectory scratch;
+    fs::permissions(scratch.path(), fs::perms::all);
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can become a user without rights";
+    const auto asNobody = [&](mode_t mode) {
+        const std::string directory = scratch.path("d" + std::to_string(mode));
+        EXPECT_EQ(::mkdir(directory.c_str(), 0), 0);
+        EXPECT_EQ(::chmod(directory.c_str(), mode), 0);
+        return inAnotherProcess([] { return becomeMemberOf(65534); },
+                                [&] { return os::mayReplace(directory + "/a.txt") ? 0 : 1; });
+    };
+    EXPECT_EQ(asNobody(0777), 0);
+    EXPECT_EQ(asNobody(0773), 0) << "to list it is not needed";
+    EXPECT_EQ(asNobody(0775), 1);
+    EXPECT_EQ(asNobody(0776), 1);
 }
 
 TEST(Permissions, ofAnUnfinishedReplacementAreTight) {

@@ -97,6 +97,15 @@ TEST(Layout, survivesDeletingTheNeighbours) {
     EXPECT_EQ(saved(document), "<a>\n</a>\n");
 }
 
+TEST(Layout, goesByLinesOfUpTo1024Blanks) {
+    const std::string spaces(1024, ' ');
+    const auto document = parsed("<a>\n" + spaces + "<b/>\n" + spaces + "</a>");
+    added(document, zXml_Root(document.get()), "new");
+    EXPECT_EQ(saved(document), "<a>\n" + spaces + "<b/>\n" + spaces + "<new/>\n" + spaces + "</a>");
+    ASSERT_EQ(zXml_DeleteItem(document.get(), itemAt(document, "a/new")), zStatus_Success);
+    EXPECT_EQ(saved(document), "<a>\n" + spaces + "<b/>\n" + spaces + "</a>");
+}
+
 TEST(Layout, doesNotSearchThroughAbsurdlyLongLines) {
     const std::string spaces(5000, ' ');
     const std::string text = "<a>\n" + spaces + "<b/>\n</a>";
