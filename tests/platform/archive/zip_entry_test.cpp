@@ -35,6 +35,12 @@ TEST_F(ZipEntry, refusesACentralHeaderBeyondTheDirectory) {
     EXPECT_EQ(refusal(bytes), "an entry of the central directory reaches beyond its end");
 }
 
+TEST_F(ZipEntry, refusesTheBeginningOfACentralHeaderAtTheEndOfTheDirectory) {
+    image.behindDirectory = "PK\x01\x02";
+    image.end = {.countHere = 2, .count = 2, .directorySize = image.members[0].centralRecord(0).size() + 4};
+    EXPECT_EQ(refusal(image), "an entry of the central directory is missing or damaged");
+}
+
 TEST_F(ZipEntry, refusesNoName) {
     member().both([](ZipFields& fields) { fields.name.clear(); });
     EXPECT_EQ(refusal(image), "a member without a name");
@@ -298,6 +304,13 @@ TEST_F(ZipDescriptor, refusesValuesThatDiffer) {
     member() = sound;
     member().local.size = 6;
     EXPECT_EQ(refusal(image), "member data/a: the local size differs from the central one");
+}
+
+TEST_F(ZipDescriptor, refusesTheNarrowFormOfASizeThatDoesNotFit) {
+    member() = streamed(deflated("data/a", "content"));
+    member().central.size = allOnes32;
+    member().central.extra = extraRecord(zip64Id, number((std::uint64_t{1} << 32) + 7, 8));
+    EXPECT_EQ(refusal(image), "member data/a: the data descriptor differs from the central directory");
 }
 
 TEST_F(ZipDescriptor, refusesOneThatIsMissingOrCut) {

@@ -43,6 +43,8 @@ TEST(Reference, isRefusedWithPlaceAndSentence) {
         {"<a>&#xDFFF;</a>", "1:4: &#xDFFF; is no character that XML allows"},
         {"<a>&#xFFFE;</a>", "1:4: &#xFFFE; is no character that XML allows"},
         {"<a>&#x110000;</a>", "1:4: &#x110000; is no character that XML allows"},
+        {"<a>&#x10FFFF0;</a>", "1:4: &#x10FFFF0; is no character that XML allows"},
+        {"<a>&#11141110;</a>", "1:4: &#11141110; is no character that XML allows"},
         {"<a>&#4294967361;</a>", "1:4: &#4294967361; is no character that XML allows"},
         {"<a>&#x1000000000000000000041;</a>",
          "1:4: &#x1000000000000000000041; is no character that XML allows"},
