@@ -69,6 +69,15 @@ TEST(Encoding, readsEveryByteOfEightBits) {
     EXPECT_EQ(textOf(windows, zXml_Root(windows.get())), "\xC3\xA9\xE2\x82\xAC\xC5\xB8");
 }
 
+TEST(Encoding, readsTheSignsOfWindows1252) {
+    const auto document = parsed(
+        declared("windows-1252") +
+        "<a>"
+        "\x80\x82\x83\x84\x85\x86\x87\x88\x89\x8A\x8B\x8C\x8E\x91\x92\x93\x94\x95\x96\x97\x98\x99\x9A\x9B\x9C"
+        "\x9E\x9F\xA0\xFF</a>");
+    EXPECT_EQ(textOf(document, zXml_Root(document.get())), "€‚ƒ„…†‡ˆ‰Š‹ŒŽ‘’“”•–—˜™š›œžŸ\u00A0ÿ");
+}
+
 TEST(Encoding, readsEveryPlaneInSixteenBits) {
     const std::string text =
         "<\xC3\xA9 b='\xE2\x82\xAC'>\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF\xEF\xBF\xBD</\xC3\xA9>";
