@@ -205,6 +205,15 @@ TEST(DeleteItem, takesAllChildrenInAnyOrder) {
     }
 }
 
+TEST(DeleteItem, takesTheFirstLineOfADocumentWithItsRoot) {
+    for (const std::string before : {"", "  "}) {
+        const auto document = parsed(before + "<a/>\n<!--c-->\n");
+        ASSERT_EQ(zXml_DeleteItem(document.get(), zXml_Root(document.get())), zStatus_Success);
+        added(document, nullptr, "b");
+        EXPECT_EQ(saved(document), "<!--c-->\n<b/>\n");
+    }
+}
+
 TEST(DeleteItem, leavesADocumentWithoutRoot) {
     const auto document = parsed("<?xml version='1.0'?>\n<!--c-->\n<a/>\n");
     ASSERT_EQ(zXml_DeleteItem(document.get(), zXml_Root(document.get())), zStatus_Success);
