@@ -13,6 +13,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
 endif()
 # Archives beyond 2 GiB, whatever the machine.
 target_compile_definitions(tavek_settings INTERFACE _FILE_OFFSET_BITS=64)
+# Every build but the one that is shipped ends at once when an index or an iterator leaves its container.
+target_compile_definitions(tavek_settings INTERFACE $<$<NOT:$<CONFIG:Release>>:_GLIBCXX_ASSERTIONS>)
 
 if(TAVEK_SANITIZE)
   target_compile_options(tavek_settings INTERFACE

@@ -313,6 +313,16 @@ TEST_F(ZipDescriptor, refusesTheNarrowFormOfASizeThatDoesNotFit) {
     EXPECT_EQ(refusal(image), "member data/a: the data descriptor differs from the central directory");
 }
 
+TEST_F(ZipDescriptor, isReadInTheWideFormOfASizeThatNeedsIt) {
+    constexpr std::uint64_t size = (std::uint64_t{1} << 32) + 7;
+    member() = deflated("data/a", "content");
+    member().both([](ZipFields& fields) { fields.size = size; });
+    member() = streamed(member(), 8);
+    member().central.size = allOnes32;
+    member().central.extra = extraRecord(zip64Id, number(size, 8));
+    EXPECT_EQ(refusal(image), "loads");
+}
+
 TEST_F(ZipDescriptor, refusesOneThatIsMissingOrCut) {
     const ZipMember sound = streamed(stored("data/a", "content"));
     for (std::size_t size = 0; size < sound.descriptor.size(); ++size) {

@@ -60,6 +60,8 @@ class PeVersion : public testing::TestWithParam<bool> {
         return ownAnswer(scratch_.write("image.exe", bytes));
     }
 
+    /// Where the header of the plain image's only section lies.
+    static std::size_t sectionHeader() { return testing::peHeaderAt + 24 + (GetParam() ? 240 : 224); }
     /// Where the record of the plain image's version ends: tree, block header and key, first fields of the
     /// record.
     static constexpr std::size_t languageDirectory = testing::resourceSectionAt + 2 * 24;
@@ -133,6 +135,26 @@ TEST_P(PeVersion, isReadAsSoonAsTheFileHoldsItAndNotBefore) {
         const auto expected = size < endOfVersion ? std::nullopt : std::optional(first);
         ASSERT_EQ(own(whole.substr(0, size)), expected) << "cut to " << size << " bytes";
     }
+}
+
+TEST_P(PeVersion, isReadAsFarAsItsSectionReaches) {
+    std::string bytes = plain().build();
+    const std::size_t needed = endOfVersion - testing::resourceSectionAt;
+    bytes.replace(sectionHeader() + 16, 4, std::string({static_cast<char>(needed), 0, 0, 0}));
+    EXPECT_EQ(own(bytes), first);
+    --bytes[sectionHeader() + 16];
+    EXPECT_EQ(own(bytes), std::nullopt);
+}
+
+TEST_P(PeVersion, isAbsentWhenItsDirectoryLiesNowhere) {
+    const std::string nowhere(4, '\0');
+    std::string bytes = plain().build();
+    const std::size_t resourceDirectory = sectionHeader() - 14 * 8;
+    EXPECT_EQ(bytes.substr(resourceDirectory, 4), bytes.substr(sectionHeader() + 12, 4));
+    bytes.replace(resourceDirectory, 4, nowhere);
+    bytes.replace(sectionHeader() + 12, 4, nowhere);  // though a section lies there
+    bytes.replace(leaf + 1, 1, nowhere, 0, 1);
+    EXPECT_EQ(own(bytes), std::nullopt);
 }
 
 TEST_P(PeVersion, survivesEveryDamagedByte) {

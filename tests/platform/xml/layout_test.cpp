@@ -104,6 +104,7 @@ TEST(Layout, goesByLinesOfUpTo1024Blanks) {
     EXPECT_EQ(saved(document), "<a>\n" + spaces + "<b/>\n" + spaces + "<new/>\n" + spaces + "</a>");
     ASSERT_EQ(zXml_DeleteItem(document.get(), itemAt(document, "a/new")), zStatus_Success);
     EXPECT_EQ(saved(document), "<a>\n" + spaces + "<b/>\n" + spaces + "</a>");
+    EXPECT_EQ(withNew("<a>\n " + spaces + "<b/>\n</a>", "a"), "<a>\n " + spaces + "<b/>\n<new/></a>");
 }
 
 TEST(Layout, doesNotSearchThroughAbsurdlyLongLines) {
