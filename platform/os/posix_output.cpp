@@ -42,8 +42,8 @@ namespace {
 
 /// Follows the symbolic link `target`, which leads to nothing yet, to the place it stands for.
 std::error_code followDanglingLink(std::string& target) {
-    constexpr int maximumLinks = 40;
-    for (int links = 0; links < maximumLinks; ++links) {
+    constexpr int maximumLinks = 40;  // as Linux
+    for (int links = 0; links <= maximumLinks; ++links) {
         std::string destination(PATH_MAX, '\0');
         const ssize_t length = ::readlink(target.c_str(), destination.data(), destination.size());
         if (length < 0) return errno == EINVAL || errno == ENOENT ? std::error_code{} : lastError();

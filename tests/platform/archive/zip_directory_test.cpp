@@ -152,6 +152,22 @@ TEST_F(ZipDirectory, refusesOverlappingMembers) {
     EXPECT_EQ(refusal(image), "two members overlap at offset " + std::to_string(inside));
 }
 
+TEST_F(ZipDirectory, refusesAMemberInsideADataDescriptor) {
+    // The size at the descriptor's end is the beginning of the next member's header.
+    ZipMember outer = deflated("outer", "content");
+    const ZipMember inner = stored("inner", "");
+    outer.both([&](ZipFields& fields) { fields.size = inner.localSignature | inner.local.needed << 32; });
+    const std::uint64_t size = outer.central.size;
+    outer = streamed(outer, 8);
+    outer.central.size = allOnes32;
+    outer.central.extra = extraRecord(zip64Id, number(size, 8));
+    image.members = {outer, inner};
+    EXPECT_EQ(refusal(image), "loads");
+    image.members[0].descriptor.resize(outer.descriptor.size() - 8);
+    EXPECT_EQ(refusal(image),
+              "two members overlap at offset " + std::to_string(outer.localRecord().size() - 8));
+}
+
 TEST_F(ZipDirectory, refusesOneMemberUnderTwoEntries) {
     // Both entries must have the local header's name, so they cannot but have the same.
     ZipMember again = image.members[0];

@@ -227,6 +227,16 @@ TEST(Link, inACircleIsRefused) {
     EXPECT_EQ(file.open(scratch.path("a")), std::errc::too_many_symbolic_link_levels);
 }
 
+TEST(Link, thatDanglesIsFollowedAsFarAsTheSystemFollowsOne) {
+    constexpr int mostLinks = 40;
+    const ScratchDirectory scratch;
+    const auto name = [](int i) { return "link" + std::to_string(i); };
+    for (int i = 1; i <= mostLinks + 1; ++i) fs::create_symlink(name(i - 1), scratch.path(name(i)));
+    EXPECT_EQ(save(scratch.path(name(mostLinks + 1)), "x"), std::errc::too_many_symbolic_link_levels);
+    ASSERT_FALSE(save(scratch.path(name(mostLinks)), "new"));
+    EXPECT_EQ(scratch.read(name(0)), "new");
+}
+
 TEST(Link, toADirectoryIsADirectory) {
     const ScratchDirectory scratch;
     fs::create_directory(scratch.path("directory"));

@@ -83,8 +83,9 @@ TEST(CopyItem, fitsTheEncodingOfItsDocument) {
     EXPECT_EQ(withCopy(declaration + "<a>x</a>",
                        "<b v='\xC3\xA9\xE2\x82\xAC'>\xC3\xA9\xE2\x82\xAC<![CDATA[<\xE2\x82\xAC>]]></b>", "b"),
               declaration + "<a>x<b v='\xE9&#8364;'>\xE9&#8364;<![CDATA[<]]>&#8364;<![CDATA[>]]></b></a>");
-    for (const char* source : {"<b><!--\xE2\x82\xAC--></b>", "<b><?p \xE2\x82\xAC?></b>",
-                               "<b><\xE4\xB8\x80/></b>", "<b \xE4\xB8\x80='1'/>"}) {
+    for (const char* source :
+         {"<b><!--\xE2\x82\xAC--></b>", "<b><?p \xE2\x82\xAC?></b>", "<b><\xE4\xB8\x80/></b>",
+          "<b \xE4\xB8\x80='1'/>", "<b c='1' \xE4\xB8\x80='1'/>"}) {
         const auto to = parsed(declaration + "<a/>");
         const auto from = parsed(source);
         EXPECT_EQ(
