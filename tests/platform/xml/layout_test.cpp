@@ -107,6 +107,28 @@ TEST(Layout, goesByLinesOfUpTo1024Blanks) {
     EXPECT_EQ(withNew("<a>\n " + spaces + "<b/>\n</a>", "a"), "<a>\n " + spaces + "<b/>\n<new/></a>");
 }
 
+/// What is left of a line of `count` elements when they are deleted one by one.
+std::string emptied(std::size_t count, bool fromTheFront) {
+    std::string text = "<a>\n ";
+    for (std::size_t i = 0; i < count; ++i) text += "<b/> ";
+    const auto document = parsed(text + "\n</a>");
+    zXmlItem root = zXml_Root(document.get());
+    for (std::size_t left = count; left > 0; --left) {
+        zXmlItem item = zXml_ChildAt(document.get(), root, fromTheFront ? 0 : left - 1);
+        EXPECT_EQ(zXml_DeleteItem(document.get(), item), zStatus_Success);
+    }
+    return saved(document);
+}
+
+TEST(Layout, takesALineAwayWhoseElementsAreGone) {
+    for (const bool fromTheFront : {true, false}) {
+        EXPECT_EQ(emptied(1, fromTheFront), "<a>\n</a>");
+        EXPECT_EQ(emptied(15, fromTheFront), "<a>\n</a>");
+        EXPECT_EQ(emptied(40, fromTheFront), "<a>\n" + std::string(41, ' ') + "\n</a>")
+            << "so many pieces are not searched through";
+    }
+}
+
 TEST(Layout, doesNotSearchThroughAbsurdlyLongLines) {
     const std::string spaces(5000, ' ');
     const std::string text = "<a>\n" + spaces + "<b/>\n</a>";
