@@ -205,15 +205,15 @@ def run(command, check=False, limit=None):
     return status == 0
 
 
-def build(target):
-    return run(["cmake", "--build", BUILD, "--target", target], limit=1200)
+def build(*targets):
+    return run(["cmake", "--build", BUILD, "--target", *targets], limit=1200)
 
 
 @dataclass
 class Test:
     name: str
     command: list
-    program: pathlib.Path  # what it tests, and what must be built for it
+    programs: list  # what it tests, and what must be built for it
     folder: str
     seconds: float = 0.0
 
@@ -223,11 +223,12 @@ def known_tests():
         ["ctest", "--test-dir", BUILD, "--show-only=json-v1"], check=True, text=True, stdout=subprocess.PIPE
     )
     for test in json.loads(shown.stdout)["tests"]:
-        programs = [word for word in test.get("command", []) if word.startswith(str(BUILD / "bin"))]
+        words = test.get("command", [])
+        programs = [pathlib.Path(word) for word in words if word.startswith(str(BUILD / "bin"))]
         properties = {item["name"]: item["value"] for item in test["properties"]}
         folder = os.path.relpath(properties["WORKING_DIRECTORY"], BUILD / "tests")
         if programs and SLOW.isdisjoint(properties.get("LABELS", [])):
-            yield Test(test["name"], test["command"], pathlib.Path(programs[0]), folder)
+            yield Test(test["name"], words, programs, folder)
 
 
 def baseline():
@@ -266,10 +267,10 @@ def catching(change, tests, begin):
         return (0 if folder.startswith(test.folder) else 1, test.seconds)
 
     for test in sorted(tests, key=distance):
-        if not build(test.program.name):
+        if not build(*(program.name for program in test.programs)):
             return None
-        if test.program.stat().st_mtime < begin:
-            continue  # the change is not in it
+        if all(program.stat().st_mtime < begin for program in test.programs):
+            continue  # the change is in none of them
         if not run(test.command, limit=10 + 5 * test.seconds):
             return test.name
     return ""
