@@ -10,6 +10,7 @@ import tempfile
 from dataclasses import dataclass
 
 STRACE = shutil.which("strace")
+STAND_IN = os.path.join(os.path.dirname(os.path.abspath(__file__)), "traced_child.sh")
 CALL = re.compile(r"^(\w+)\((.*)\) += (.*)$")
 UNFINISHED = re.compile(r"^(\w+)\((.*)$")
 CONTENT = ("read", "pread64", "write")  # what stands in quotes among their arguments is no name
@@ -89,12 +90,12 @@ def run_child(command, directory, child, injection=None):
     """As `run`, but it is the program's child `child`, a link to a program, that is traced and made to fail."""
     real = os.path.realpath(child)
     with tempfile.NamedTemporaryFile("r", prefix="tavek-trace-", errors="replace") as log:
-        words = " ".join(map(shlex.quote, [STRACE, *options(log.name, injection), real]))
+        # A script written here would be busy now and then: another thread's child has it open until it is started.
         os.remove(child)
-        with open(child, "w", encoding="utf-8") as script:
-            script.write(f'#!/bin/sh\nexec {words} "$@"\n')
-        os.chmod(child, 0o755)
-        return result_of(start(command, directory), log.read().splitlines(), injection)
+        os.symlink(STAND_IN, child)
+        words = map(shlex.quote, [STRACE, *options(log.name, injection), real])
+        done = start(command, directory, TAVEK_TRACED=" ".join(words))
+        return result_of(done, log.read().splitlines(), injection)
 
 
 def start(command, directory, **variables):
