@@ -8,7 +8,9 @@ export WINEPREFIX="$3" WINEDEBUG=-all
 shift 3
 # Without the directory the server would not start here, and the first program would start one that does not stay.
 mkdir -p "$WINEPREFIX"
-# Fails when one is running. A new one and its services must not hold on to this program's streams: whoever reads
-# them would wait for their end.
-if "$server" -p60 </dev/null >/dev/null 2>&1; then "$wine" cmd /c exit </dev/null >/dev/null 2>&1; fi
+# Fails when one is running. A new one starts its services, and nobody is let past before they run: a program that comes
+# among them may end without a word. Nor must they hold on to this program's streams: whoever reads them would wait for
+# their end.
+# shellcheck disable=SC2016 # the inner shell's own
+flock --close "$WINEPREFIX" sh -c '"$1" -p60 && "$2" cmd /c exit' start "$server" "$wine" </dev/null >/dev/null 2>&1
 exec "$wine" "$@"
