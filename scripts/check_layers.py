@@ -29,6 +29,10 @@ BELOW = {
 # The controller model lists live at the top and are read below: a leaf that includes nothing of the project.
 LEAF = "TaVekUtil/cli/controller_names.h"
 
+# What is shipped, and what stands beside it.
+LAYERED = ("platform", "TaVekUtil", "TaVekInspect", "tools")
+BESIDE = ("bench", "scripts", "tests")
+
 LONGEST_FILE = 400
 
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.M)
@@ -42,8 +46,12 @@ def reachable(folder):
     return folders
 
 
-def findings(root):
-    for path in sorted(p for top in ("platform", "TaVekUtil", "TaVekInspect", "tools") for p in (root / top).rglob("*") if p.suffix in (".h", ".cpp")):
+def files(root, tops, suffixes):
+    return sorted(path for top in tops for path in (root / top).rglob("*") if path.suffix in suffixes)
+
+
+def misplaced(root):
+    for path in files(root, LAYERED, (".h", ".cpp")):
         name = path.relative_to(root).as_posix()
         folder = path.parent.relative_to(root).as_posix()
         text = path.read_text()
@@ -57,13 +65,17 @@ def findings(root):
                 yield f"{name}: includes {included}, which is not below {folder}"
         if folder != "platform/os" and SYSTEM_CONDITION.search(text):
             yield f"{name}: asks for the operating system outside platform/os"
-        if (lines := text.count("\n")) > LONGEST_FILE:
-            yield f"{name}: {lines} lines, more than {LONGEST_FILE}"
+
+
+def too_long(root):
+    for path in files(root, LAYERED + BESIDE, (".h", ".cpp", ".py", ".sh")):
+        if (lines := path.read_bytes().count(b"\n")) > LONGEST_FILE:
+            yield f"{path.relative_to(root).as_posix()}: {lines} lines, more than {LONGEST_FILE}"
 
 
 def main():
     root = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).parent.parent)
-    found = list(findings(root))
+    found = [*misplaced(root), *too_long(root)]
     print("\n".join(found) if found else "Layers are in order.")
     return 1 if found else 0
 

@@ -3,21 +3,15 @@
 #include <filesystem>
 
 #include "platform/os/os.h"
+#include "tests/platform/os/files.h"
 #include "tests/testing/scratch_directory.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using os::OutputFile;
+using testing::save;
 using testing::ScratchDirectory;
-
-std::error_code save(const std::string& target, std::string_view content) {
-    OutputFile file;
-    std::error_code error = file.open(target);
-    if (!error) error = file.write(content.data(), content.size());
-    if (!error) error = file.commit();
-    return error;
-}
 
 std::vector<std::string> only(std::string name) {
     return {std::move(name)};

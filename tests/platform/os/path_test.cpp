@@ -1,19 +1,14 @@
 #include <gtest/gtest.h>
 
 #include "platform/os/os.h"
+#include "tests/platform/os/files.h"
 #include "tests/testing/scratch_directory.h"
 
 namespace {
 
 using os::FileType;
 using testing::ScratchDirectory;
-
-FileType typeOf(const std::string& path) {
-    FileType type{};
-    const std::error_code error = os::fileType(path, type);
-    EXPECT_FALSE(error) << path << ": " << error.message();
-    return type;
-}
+using testing::typeOf;
 
 TEST(RootLength, countsASeparatorOfEitherKind) {
     EXPECT_EQ(os::rootLength("/"), 1u);

@@ -7,6 +7,7 @@
 
 #include "platform/os/os.h"
 #include "platform/os/windows_api.h"
+#include "tests/platform/os/files.h"
 #include "tests/testing/scratch_directory.h"
 
 namespace {
@@ -19,16 +20,10 @@ using os::windows::Handle;
 using os::windows::nativePath;
 using testing::ElementsAre;
 using testing::EndsWith;
+using testing::save;
 using testing::ScratchDirectory;
 using testing::StartsWith;
-
-std::error_code save(const std::string& target, std::string_view content) {
-    OutputFile file;
-    std::error_code error = file.open(target);
-    if (!error) error = file.write(content.data(), content.size());
-    if (!error) error = file.commit();
-    return error;
-}
+using testing::typeOf;
 
 DWORD attributesOf(const std::string& path) {
     return ::GetFileAttributesW(nativePath(path).c_str());
@@ -41,12 +36,6 @@ void setAttributes(const std::string& path, DWORD attributes) {
 Handle openSharing(const std::string& path, DWORD access, DWORD sharing) {
     return Handle(
         ::CreateFileW(nativePath(path).c_str(), access, sharing, nullptr, OPEN_EXISTING, 0, nullptr));
-}
-
-FileType typeOf(const std::string& path) {
-    FileType type{};
-    EXPECT_FALSE(os::fileType(path, type));
-    return type;
 }
 
 TEST(WindowsRoot, isADriveOrAShare) {
