@@ -1,22 +1,14 @@
-#!/bin/sh
+#!/usr/bin/env bash
 # Fetches real Windows executables with version resources, to be read by tests: packages of the npm registry that
 # carry them, and the programs and libraries of Debian's libwine if it is installed. Nothing of it is committed.
 # Usage: scripts/fetch_executables.sh [DIRECTORY]     (build/executables)
-set -eu
-cd "$(dirname "$0")/.."
-directory=${1:-build/executables}
-mkdir -p "$directory"
 
-for package in 7zip-bin@5.2.0 rcedit@3.1.0 node-notifier@10.0.1 electron-winstaller@5.4.0; do
-    name=${package%@*}
-    [ -d "$directory/$name" ] && continue
-    archive=$(cd "$directory" && npm pack --silent "$package")
-    rm -rf "$directory/$name.part" # of a run that was broken off
-    mkdir "$directory/$name.part"
-    tar -xzf "$directory/$archive" -C "$directory/$name.part"
-    rm "$directory/$archive"
-    mv "$directory/$name.part" "$directory/$name"
-done
+# shellcheck source=scripts/lib.sh
+source "$(dirname "$0")/lib.sh"
+cd "$repository"
+directory=${1:-build/executables}
+
+fetch "$directory" 7zip-bin@5.2.0 rcedit@3.1.0 node-notifier@10.0.1 electron-winstaller@5.4.0
 
 for bits in i386 x86_64; do
     wine=/usr/lib/x86_64-linux-gnu/wine/$bits-windows

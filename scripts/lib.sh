@@ -27,6 +27,24 @@ need() {
     as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
+# fetch DIRECTORY PACKAGE@VERSION...: unpacks packages of the npm registry to DIRECTORY/PACKAGE, but for those that are there.
+fetch() {
+    local directory=$1 package name archive
+    shift
+    command -v npm >/dev/null || need npm
+    mkdir -p "$directory"
+    for package in "$@"; do
+        name=${package%@*}
+        [ ! -d "$directory/$name" ] || continue
+        archive=$(cd "$directory" && npm pack --silent "$package")
+        rm -rf "$directory/$name.part" # of a run that was broken off
+        mkdir "$directory/$name.part"
+        tar -xzf "$directory/$archive" -C "$directory/$name.part" --strip-components=1
+        rm "$directory/$archive"
+        mv "$directory/$name.part" "$directory/$name"
+    done
+}
+
 build_packages=(cmake ninja-build g++ tar)
 
 # build PRESET [TARGET...]: configures and builds, quietly as long as all is well.

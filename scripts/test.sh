@@ -109,7 +109,6 @@ check_windows() {
 # The versions of real Windows programs: as Windows's own functions read them under Wine, our reader, and another.
 check_file_versions() {
     need icoutils libwine g++-mingw-w64-x86-64-posix wine64 googletest python3
-    command -v npm >/dev/null || need npm
     build release file_version_probe
     build windows file_version_probe
     scripts/fetch_executables.sh
@@ -123,8 +122,9 @@ check_windows_syntax() {
 # The documents with every example in them, the manual pages, the schemas, the completion.
 check_docs() {
     need "${test_packages[@]}" groff libxml2-utils man-db mandoc zsh
+    fetch build/node tree-sitter-powershell@0.26.4 web-tree-sitter@0.27.1
     build debug TaVekUtil TaVekInspect
-    TAVEK_ALL_TOOLS=1 ctest --preset debug --parallel "$(nproc)" -L docs
+    TAVEK_ALL_TOOLS=1 TAVEK_NODE_PACKAGES=$repository/build/node ctest --preset debug --parallel "$(nproc)" -L docs
     scripts/demo.sh >build/demo.log 2>&1
     python3 -B tests/docs/transcript_check.py build/demo.log
 }
