@@ -2,8 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include <iostream>
+
 #include "tests/platform/os/pe_image.h"
 #include "tests/testing/archive_fixture.h"
+#include "tests/testing/broken_stream.h"
 #include "tests/testing/captured_output.h"
 #include "tests/testing/living_objects.h"
 #include "tests/testing/platform_faults.h"
@@ -91,6 +94,18 @@ TEST(ExtractManifest, keepsNothingOpen) {
     EXPECT_THAT(testing::livingObjects(), IsEmpty());
     const testing::Fault fault("zXml_Save", zStatus_IoError);
     EXPECT_EQ(extraction.extract("a.pkg"), 1);
+    EXPECT_THAT(testing::livingObjects(), IsEmpty());
+}
+
+TEST(ExtractManifest, letsForeignExceptionsPass) {
+    Extraction extraction;
+    writeArchive(extraction.scratch.path("a.pkg"), {{"script.xml", script}});
+    {
+        const testing::BrokenStream broken(std::cout);
+        EXPECT_THROW(extraction.extract("a.pkg"), std::logic_error)
+            << "the line of success cannot be written";
+    }
+    EXPECT_THAT(extraction.output.lines(), IsEmpty());
     EXPECT_THAT(testing::livingObjects(), IsEmpty());
 }
 

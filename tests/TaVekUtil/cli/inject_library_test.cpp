@@ -2,7 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <iostream>
+
 #include "tests/testing/archive_fixture.h"
+#include "tests/testing/broken_stream.h"
 #include "tests/testing/captured_output.h"
 #include "tests/testing/living_objects.h"
 #include "tests/testing/platform_faults.h"
@@ -76,7 +79,8 @@ TEST(InjectLibrary, choosesTheControllersByTheExtension) {
 }
 
 TEST(InjectLibrary, listsNoControllerForAnyOtherExtension) {
-    for (const std::string library : {"tool.dll", "PLUGIN.ZEXT", "lib.SO", "lib.so.1", "plain", ".so"}) {
+    for (const std::string library : {"tool.dll", "PLUGIN.ZEXT", "lib.SO", "lib.so.1", "lib.sox", "lib.s",
+                                      "plugin.zext2", "plugin.zex", "plain", ".so"}) {
         Injection injection;
         EXPECT_EQ(injection.inject("deep/er/" + library), 0);
         const std::string entry =
@@ -88,7 +92,9 @@ TEST(InjectLibrary, listsNoControllerForAnyOtherExtension) {
 TEST(InjectLibrary, reportsNamesThatDoNotFit) {
     const std::string prefix = "data/12345-vekapp";
     Injection().expectFailedAt(493, "lib." + std::string(512, 's'));
+    Injection().expectFailedAt(1300, "lib." + std::string(511, 's'));
     Injection().expectFailedAt(1300, std::string(512, 'l'));
+    Injection().expectFailedAt(1301, std::string(511, 'l'));
     Injection().expectFailedAt(1301, std::string(512 - prefix.size(), 'l'));
     Injection fits;
     EXPECT_EQ(injectLibToArchiveFile(std::string(511 - prefix.size(), 'l').c_str(), fits.archive.c_str()), 1);
@@ -135,6 +141,18 @@ TEST(InjectLibrary, reportsALibraryThatIsNotThere) {
                 ElementsAre("err: TaVekUtil: Failed injecting files into upgrade package.",
                             StartsWith(failure + std::string("TaVekUtil_InjectFile: none.so: No such file or "
                                                              "directory (not found, status -999, "))));
+    EXPECT_EQ(injection.scratch.read("a.pkg"), injection.before);
+}
+
+TEST(InjectLibrary, letsForeignExceptionsPass) {
+    Injection injection;
+    {
+        const testing::BrokenStream broken(std::cerr);
+        EXPECT_THROW(injectLibToArchiveFile("none.so", injection.archive.c_str()), std::logic_error)
+            << "the first line of that failure cannot be written";
+    }
+    EXPECT_THAT(injection.output.lines(), IsEmpty());
+    EXPECT_THAT(testing::livingObjects(), IsEmpty());
     EXPECT_EQ(injection.scratch.read("a.pkg"), injection.before);
 }
 
