@@ -4,6 +4,7 @@
 
 #include "TaVekUtil/cli/controller_names.h"
 #include "tests/testing/archive_fixture.h"
+#include "tests/testing/living_objects.h"
 #include "tests/testing/raised.h"
 #include "tests/testing/scratch_directory.h"
 
@@ -104,6 +105,15 @@ TEST(ArchiveVersion, needsAScriptThatIsXmlInItsWholeSize) {
 TEST(ArchiveVersion, tellsWhereAMalformedScriptIsWrong) {
     const auto exception = raised([] { versionOf("<S>\n<Version value='1'>\n</S>"); });
     EXPECT_THAT(exception.what(), testing::HasSubstr("script.xml:3:"));
+}
+
+TEST(ArchiveVersion, keepsNoDocument) {
+    EXPECT_EQ(versionOf(scriptOfVersion("1")), "1");
+    EXPECT_THAT(testing::livingObjects(), testing::IsEmpty());
+    for (const char* script : {"<S/>", "<S><Version/></S>", "<S>"}) {
+        raised([&] { versionOf(script); });
+        EXPECT_THAT(testing::livingObjects(), testing::IsEmpty()) << script;
+    }
 }
 
 TEST(InstallationDirectory, isADirectoryWithTheHostExecutable) {

@@ -94,6 +94,14 @@ TEST(ArchiveManifest, reportsWhateverStepOfItsMakingFails) {
                 IsLocated(operation, zStatus_NoMemory));
 }
 
+TEST(ArchiveManifest, isMadeOnceItsContentIsKnown) {
+    const Fault fault("zXml_Construct", zStatus_NoMemory);
+    EXPECT_THAT(raised([] {
+                    manifestOf({{"script.xml", "<Script>R4</Script>"}});
+                }),
+                IsFinding(zStatus_Unestablished, "Could not retrieve Qor BE version"));
+}
+
 // ---- Obtaining the manifest of an installation directory ------------------------------------------------
 
 std::string manifestOf(const ScratchDirectory& installation) {
@@ -126,6 +134,15 @@ TEST(InstalledManifest, needsTheHostVersionWhenBuiltFresh) {
     const ScratchDirectory scratch;
     EXPECT_THAT(raised([&] { manifestOf(scratch); }),
                 IsFinding(zStatus_NotFound, "TaQor version could not be established"));
+}
+
+TEST(InstalledManifest, isMadeOnceTheHostVersionIsKnown) {
+    const ScratchDirectory scratch;
+    const Fault fault("zXml_Construct", zStatus_NoMemory);
+    EXPECT_THAT(raised([&] { manifestOf(scratch); }),
+                IsFinding(zStatus_NotFound, "TaQor version could not be established"));
+    installHost(scratch);
+    EXPECT_THAT(raised([&] { manifestOf(scratch); }), IsLocated(operation, zStatus_NoMemory));
 }
 
 TEST(InstalledManifest, mustBeXml) {
