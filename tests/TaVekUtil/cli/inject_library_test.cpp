@@ -40,14 +40,15 @@ struct Injection {
     }
     std::string script() const { return compact(memberContent(archive, "script.xml")); }
 
-    /// Expects a failure at `line` that leaves the archive as it is.
-    void expectFailedAt(int line, const std::string& library = "lib.so") {
+    /// Expects a failure of `operation` at `line` that leaves the archive as it is.
+    void expectFailedAt(int line, const std::string& library = "lib.so",
+                        const std::string& operation = "injectLibToArchiveFile") {
         EXPECT_EQ(injectLibToArchiveFile(library.c_str(), archive.c_str()), 1);
         EXPECT_EQ(scratch.read("a.pkg"), before);
         EXPECT_THAT(testing::livingObjects(), IsEmpty());
         ASSERT_FALSE(output.lines().empty());
-        EXPECT_THAT(output.lines().back(),
-                    AllOf(StartsWith(failure), EndsWith(", TaVekUtil:" + std::to_string(line) + ")")));
+        EXPECT_THAT(output.lines().back(), AllOf(StartsWith(failure + operation + ": "),
+                                                 EndsWith(", TaVekUtil:" + std::to_string(line) + ")")));
     }
 };
 
@@ -91,7 +92,7 @@ TEST(InjectLibrary, listsNoControllerForAnyOtherExtension) {
 
 TEST(InjectLibrary, reportsNamesThatDoNotFit) {
     const std::string prefix = "data/12345-vekapp";
-    Injection().expectFailedAt(493, "lib." + std::string(512, 's'));
+    Injection().expectFailedAt(493, "lib." + std::string(512, 's'), "TaVekUtil_GetArmControllerNames");
     Injection().expectFailedAt(1300, "lib." + std::string(511, 's'));
     Injection().expectFailedAt(1300, std::string(512, 'l'));
     Injection().expectFailedAt(1301, std::string(511, 'l'));
