@@ -43,13 +43,18 @@ std::string printed(const std::vector<std::string>& words) {
     return testing::internal::GetCapturedStdout();
 }
 
-/// What a log entry prints once the program has run with `words`.
-std::string loggedAfterwards(const std::vector<std::string>& words) {
-    printed(words);
+/// What a log entry prints.
+std::string logged() {
     testing::internal::CaptureStdout();
     zLog_Write("an entry");
     std::fflush(stdout);
     return testing::internal::GetCapturedStdout();
+}
+
+/// What a log entry prints once the program has run with `words`.
+std::string loggedAfterwards(const std::vector<std::string>& words) {
+    printed(words);
+    return logged();
 }
 
 /// Every object that is alive, as a leak report names it.
@@ -152,6 +157,15 @@ TEST(Main, raisesALocatedExceptionForThat) {
         EXPECT_STREQ(exception.what(),
                      "main: planned by the test (out of memory, status -12, TaVekUtil:1351)");
     }
+}
+
+TEST(Main, setsLoggingUpBeforeTheLibrary) {
+    const std::string before = logged();
+    zApiLib_EnableLeakLogging(0);
+    const testing::Fault fault("zTdLib_Construct", zStatus_NoMemory);
+    EXPECT_THROW(run({"TaVekUtil", "--help"}), Ta::Exception);
+    EXPECT_TRUE(zApiLib_LeakLoggingEnabled());
+    EXPECT_EQ(logged(), before + "an entry\n");
 }
 
 }  // namespace
