@@ -203,6 +203,29 @@ class Path(Loading):
         for path in ("pipe", "/dev/null", "/dev/zero"):
             self.expect_failed("Invalid Archive Path: " + path, archive=path)
 
+    @unittest.skipIf(ON_WINDOWS, "no links there")
+    def test_links_are_followed(self):
+        self.host_archive("store/real.pkg")
+        os.symlink("store/real.pkg", self.path("sensor.pkg"))
+        self.expect_manifest(unified_manifest("linux_arm7"))
+        self.write("tools/" + EXECUTABLE_PATH, executable((1, 2, 3, 4)))
+        os.symlink("tools", self.path("shop"))
+        self.expect_manifest(unified_manifest("win", be_version="1.2.3.4"), archive="shop")
+
+    @unittest.skipIf(ON_WINDOWS, "no links there")
+    def test_links_that_lead_nowhere(self):
+        os.symlink("missing", self.path("dangling"))
+        os.symlink("circle", self.path("circle"))
+        for path in ("dangling", "circle", "circle/x"):
+            self.expect_failed("Path not found: " + path, archive=path)
+        os.mkdir(self.path("tools"))
+        os.symlink("bin", self.path("tools/bin"))
+        self.expect_failed("Invalid Archive Path: tools", archive="tools")
+
+    def test_a_name_that_is_longer_than_any_file_has(self):
+        name = "s" * 300
+        self.expect_failed("Path not found: " + name, archive=name)
+
     def test_a_directory_without_the_host_executable(self):
         os.makedirs(self.path("tools/bin/win64"))
         for path in ("tools", "tools/", ".", "tools/bin"):
