@@ -3,6 +3,8 @@
 #include <cstdarg>
 #include <cstdio>
 #include <map>
+#include <memory>
+#include <utility>
 
 #include "platform/archive/archive.h"
 #include "platform/base/directory.h"
@@ -140,6 +142,9 @@ TAVEK_WRAP(zArchive_Find, (zHandle archive, const char* name, std::int64_t* inde
 TAVEK_WRAP(zArchive_AddData,
            (zHandle archive, const void* data, std::size_t size, const char* name, int options)) {
     TAVEK_FAIL_OR(zArchive_AddData, (archive, data, size, name, options));
+}
+TAVEK_WRAP(zArchive_AddLive, (zHandle archive, std::shared_ptr<LiveContent> content, const char* name)) {
+    TAVEK_FAIL_OR(zArchive_AddLive, (archive, std::move(content), name));
 }
 TAVEK_WRAP(zArchive_DeleteFile, (zHandle archive, const char* name)) {
     TAVEK_FAIL_OR(zArchive_DeleteFile, (archive, name));

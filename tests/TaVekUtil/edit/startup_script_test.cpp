@@ -171,6 +171,7 @@ TEST(InjectFile, reportsWhateverStepFails) {
         {"zXml_DeleteItem", 1, deletion},       // the earlier entry
         {"zArchive_DeleteFile", 1, deletion},   // its member
         {"zArchive_DeleteFile", 2, injection},  // the script
+        {"zArchive_AddLive", 1, injection},     // the script again
         {"zArchive_AddData", 1, injection},     // the file
     };
     for (const auto& [step, call, operation] : faults) {
