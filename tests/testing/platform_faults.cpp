@@ -23,6 +23,7 @@ struct Plan {
     std::string operation;
     zStatus status = zStatus_Success;
     std::size_t call = 0;
+    bool isException = false;
 };
 
 Plan plan;
@@ -40,6 +41,7 @@ bool isDue(const char* operation) {
 }
 
 zStatus planned() {
+    if (plan.isException) throw std::bad_alloc();
     return failure::record(plan.status, "planned by the test");
 }
 
@@ -47,6 +49,10 @@ zStatus planned() {
 
 Fault::Fault(const std::string& operation, zStatus status, std::size_t call) {
     plan = {operation, status, callsOf(operation) + call};
+}
+
+Fault::Fault(const std::string& operation, const std::bad_alloc&) : Fault(operation, zStatus_NoMemory) {
+    plan.isException = true;
 }
 
 Fault::~Fault() {

@@ -2,8 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <new>
-
 #include "platform/os/os.h"
 #include "tests/testing/archive_fixture.h"
 #include "tests/testing/captured_output.h"
@@ -250,14 +248,8 @@ TEST(RemoveInstalledFile, reportsWhatCannotBeDeleted) {
 }
 
 TEST(RemoveInstalledFile, reportsWhateverExceptionComes) {
-    class ExhaustedFiles : public InstallationFiles {
-        zStatus findDirectory(const char*) override { return zStatus_Success; }
-        zStatus createDirectory(const char*) override { return zStatus_Success; }
-        zStatus copyFile(const char*, const char*) override { return zStatus_Success; }
-        zStatus deleteFile(const char*) override { throw std::bad_alloc(); }
-    } exhausted;
     Installation host;
-    host.archive.files = &exhausted;
+    const testing::Fault fault("zFile_Delete", std::bad_alloc());
     EXPECT_THROW(TaVekUtil_RemoveFile(host.archive, "a.dll"), std::bad_alloc);
     EXPECT_THAT(host.output.lines(),
                 ElementsAre("err: TaVekUtil: Failed Removing file from upgrade package: a.dll."));

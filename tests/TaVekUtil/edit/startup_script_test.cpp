@@ -183,6 +183,13 @@ TEST(InjectFile, reportsWhateverStepFails) {
     }
 }
 
+TEST(InjectFile, reportsWhateverExceptionComes) {
+    Script script("<S><File/></S>");
+    const Fault fault("zXml_AddItem", std::bad_alloc());
+    EXPECT_THROW(script.inject("a", "data/a"), std::bad_alloc);
+    EXPECT_THAT(script.output.lines(), ElementsAre(failureLine));
+}
+
 TEST(InjectFile, sharesAMemberBetweenEntriesOfTheSameBytes) {
     for (const char* content : {"same", ""}) {
         Script script("<S><File/></S>");
