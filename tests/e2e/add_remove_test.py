@@ -226,7 +226,7 @@ class Versions(Batch):
         )
 
     def test_the_same_version(self):
-        for version in ("6.1.2.57", "beta", "a b"):
+        for version in ("6.1.2.57", "beta", "a b", ""):
             self.expect_accepted(version, version)
 
     def test_a_star_fits_any_archive(self):

@@ -3,6 +3,8 @@
 #include <cstdarg>
 #include <cstdio>
 #include <map>
+#include <memory>
+#include <utility>
 
 #include "platform/archive/archive.h"
 #include "platform/base/directory.h"
@@ -21,6 +23,7 @@ struct Plan {
     std::string operation;
     zStatus status = zStatus_Success;
     std::size_t call = 0;
+    bool isException = false;
 };
 
 Plan plan;
@@ -38,6 +41,7 @@ bool isDue(const char* operation) {
 }
 
 zStatus planned() {
+    if (plan.isException) throw std::bad_alloc();
     return failure::record(plan.status, "planned by the test");
 }
 
@@ -45,6 +49,10 @@ zStatus planned() {
 
 Fault::Fault(const std::string& operation, zStatus status, std::size_t call) {
     plan = {operation, status, callsOf(operation) + call};
+}
+
+Fault::Fault(const std::string& operation, const std::bad_alloc&) : Fault(operation, zStatus_NoMemory) {
+    plan.isException = true;
 }
 
 Fault::~Fault() {
@@ -140,6 +148,9 @@ TAVEK_WRAP(zArchive_Find, (zHandle archive, const char* name, std::int64_t* inde
 TAVEK_WRAP(zArchive_AddData,
            (zHandle archive, const void* data, std::size_t size, const char* name, int options)) {
     TAVEK_FAIL_OR(zArchive_AddData, (archive, data, size, name, options));
+}
+TAVEK_WRAP(zArchive_AddLive, (zHandle archive, std::shared_ptr<LiveContent> content, const char* name)) {
+    TAVEK_FAIL_OR(zArchive_AddLive, (archive, std::move(content), name));
 }
 TAVEK_WRAP(zArchive_DeleteFile, (zHandle archive, const char* name)) {
     TAVEK_FAIL_OR(zArchive_DeleteFile, (archive, name));

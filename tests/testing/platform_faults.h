@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <new>
 #include <string>
 
 #include "platform/base/status.h"
@@ -15,6 +16,8 @@ namespace testing {
 class Fault {
   public:
     Fault(const std::string& operation, zStatus status, std::size_t call = 1);
+    /// The same with an exception, as the tool's own code may raise between two operations.
+    Fault(const std::string& operation, const std::bad_alloc& exhausted);
     ~Fault();
     Fault(const Fault&) = delete;
     Fault& operator=(const Fault&) = delete;

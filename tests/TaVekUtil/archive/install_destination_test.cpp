@@ -53,6 +53,24 @@ TEST(DefaultDestination, isUnknownToEveryOtherPlatform) {
     }
 }
 
+TEST(DefaultDestination, leavesTheBufferAloneOnPlatformsThatHaveNone) {
+    for (const char* platform : {"win", "LINUX_ARM7", ""}) {
+        char buffer[] = "before";
+        raised([&] { TaVekUtils_GetDefaultDestination(platform, "libfoo.so", buffer, sizeof buffer); });
+        EXPECT_STREQ(buffer, "before") << platform;
+    }
+}
+
+TEST(DefaultDestination, keepsToTheRoomThatItIsGiven) {
+    char buffer[] = "/user/abc, and more that must stay";
+    TaVekUtils_GetDefaultDestination("linux_arm7", "xyz", buffer, sizeof "/user/xyz");
+    EXPECT_STREQ(buffer, "/user/xyz");
+    EXPECT_THAT(
+        raised([&] { TaVekUtils_GetDefaultDestination("linux_arm7", "wxyz", buffer, sizeof "/user/xyz"); }),
+        IsLocated(operation, zStatus_DoesNotFit));
+    EXPECT_STREQ(buffer + sizeof "/user/xyz", " and more that must stay");
+}
+
 TEST(DefaultDestination, takesPathsOfUpTo511Characters) {
     Destination destination;
     const std::string fits(511 - std::string("/user/").size(), 'a');

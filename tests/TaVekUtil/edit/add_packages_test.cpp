@@ -142,6 +142,16 @@ TEST(AddPackages, recordsAPackageWithoutAFileForThePlatform) {
               "<VekAppPackage><BeVersion>6.1b</BeVersion><VekApp name=\"app\"/></VekAppPackage>");
 }
 
+TEST(AddPackages, countsAFileWhateverComesBehindIt) {
+    Addition addition("linux_arm7");
+    addition.offer(
+        {.name = "app",
+         .files = {{"linux_arm7", "a.so", "/a"}, {"linux_arm7x", "a.so", "/x"}, {"win", "w.dll", "w.dll"}}});
+    addition.offer({.name = "without"});
+    addition.offer({.name = "other", .beVersion = "7", .files = {{"linux_arm7", "b.so", "/b"}}});
+    EXPECT_EQ(addition.add(), 1);
+}
+
 TEST(AddPackages, replacesAFileOfTheSameNameAndDestination) {
     Addition addition("linux_arm7");
     addition.offer({.name = "app",
@@ -287,6 +297,25 @@ TEST(AddPackages, takesMemberNamesOfUpTo511Characters) {
     EXPECT_THAT(raised([&] { addition.add(); }), IsLocated(operation, zStatus_DoesNotFit));
     ASSERT_EQ(zStrCopy(file.path.data(), file.path.capacity(), name.substr(1).c_str()), zStatus_Success);
     EXPECT_EQ(raised([&] { addition.add(); }).operation(), "TaVekUtil_InjectFile") << "no such file, that is";
+}
+
+TEST(AddPackages, formsTheMemberNameBeforeItMissesADestination) {
+    for (const char* platform : {"win", "ombix"}) {
+        Addition addition(platform);
+        addition.offer({.name = "app", .files = {{platform, "a", ""}}});
+        PackageFile& file = addition.packages[0].files[0];
+        const std::string name(511, 'n');
+        ASSERT_EQ(zStrCopy(file.path.data(), file.path.capacity(), name.c_str()), zStatus_Success);
+        EXPECT_THAT(raised([&] { addition.add(); }), IsLocated(operation, zStatus_DoesNotFit)) << platform;
+    }
+}
+
+TEST(AddPackages, reportsAFileNameThatCannotBeTaken) {
+    Addition addition("linux_arm7");
+    addition.offer({.name = "app", .files = {{"linux_arm7", "a.so", "/a"}}});
+    const testing::Fault fault("zPath_FileName", zStatus_DoesNotFit);
+    EXPECT_THAT(raised([&] { addition.add(); }), IsLocated(operation, zStatus_DoesNotFit));
+    EXPECT_EQ(addition.script(), "<S><File/></S>");
 }
 
 TEST(AddPackages, passesOnAResourceDirectoryThatCannotBeMade) {

@@ -136,6 +136,17 @@ TEST(RemovePackageFiles, startsEachChildWithAnEmptyDestination) {
     EXPECT_EQ(sensor.script(), "<S><File name='a' source='data/2'/></S>");
 }
 
+TEST(RemovePackageFiles, readsDestinationsOfUpTo511Characters) {
+    const std::string longest(511, 'd');
+    for (const std::string& destination : {longest, longest + "d"}) {
+        SensorArchive sensor("<S><File name='/user/app' source='data/1'/></S>");
+        sensor.removeFilesOf("<VekApp><x type='VekApp'><Destination>" + destination +
+                             "</Destination></x></VekApp>");
+        const bool isTaken = destination == longest;
+        EXPECT_EQ(sensor.script(), isTaken ? "<S><File name='/user/app' source='data/1'/></S>" : "<S/>");
+    }
+}
+
 TEST(RemovePackageFiles, findsASecondEntryForASecondFileOfTheSameDestination) {
     const std::string twice =
         "<VekApp><x type='VekApp'><Destination>a</Destination></x>"
@@ -234,6 +245,14 @@ TEST(RemoveInstalledFile, reportsWhatCannotBeDeleted) {
         << "a directory";
     EXPECT_THAT(host.output.lines(),
                 ElementsAre("err: TaVekUtil: Failed Removing file from upgrade package: sub."));
+}
+
+TEST(RemoveInstalledFile, reportsWhateverExceptionComes) {
+    Installation host;
+    const testing::Fault fault("zFile_Delete", std::bad_alloc());
+    EXPECT_THROW(TaVekUtil_RemoveFile(host.archive, "a.dll"), std::bad_alloc);
+    EXPECT_THAT(host.output.lines(),
+                ElementsAre("err: TaVekUtil: Failed Removing file from upgrade package: a.dll."));
 }
 
 TEST(RemoveInstalledFile, takesPathsOfUpTo511Characters) {

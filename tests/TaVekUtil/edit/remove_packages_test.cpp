@@ -147,6 +147,14 @@ TEST(RemovePackages, needsReadableNamesOfUpTo127Characters) {
     EXPECT_THAT(raised([&] { longer.remove({"a"}); }), IsLocated(operation, zStatus_DoesNotFit));
 }
 
+TEST(RemovePackages, needsTheNamesBehindTheMatchAsWell) {
+    const std::string entries = vekApp("a", "/a") + "<VekApp/>";
+    Removal removal(entries);
+    EXPECT_THAT(raised([&] { removal.remove({"a"}); }), IsLocated(operation, zStatus_NotFound));
+    EXPECT_THAT(removal.members(), ElementsAre("data/b", "data/c", "script.xml")) << "its file is gone";
+    EXPECT_EQ(removal.manifest(), "<VekAppPackage>" + entries + "</VekAppPackage>");
+}
+
 TEST(RemovePackages, lendsTheDefaultDestinationTheNameOfTheEntry) {
     Removal removal("<VekApp name='a'><File type='VekApp'/></VekApp>");
     removal.archive.archive =

@@ -133,14 +133,17 @@ TEST(RemoveEntry, needsAScriptThatIsXml) {
     EXPECT_THAT(raised([&] { broken.remove("a"); }), IsLocated(removal, zStatus_NotFound));
 }
 
-TEST(RemoveEntry, reportsAFailingDeletion) {
-    Script script("<S>" + fileEntry("a", "data/1") + "</S>");
-    {
-        const Fault fault("zXml_DeleteItem", zStatus_NoMemory);
-        EXPECT_THAT(raised([&] { script.remove("a"); }), IsLocated(removal, zStatus_NoMemory));
+TEST(RemoveEntry, reportsWhateverStepFails) {
+    for (const char* step : {"zXml_DeleteItem", "zArchive_DeleteFile", "zArchive_AddLive"}) {
+        Script script("<S>" + fileEntry("a", "data/1") + "</S>");
+        const Fault fault(step, zStatus_NoMemory);
+        EXPECT_THAT(raised([&] { script.remove("a"); }), IsLocated(removal, zStatus_NoMemory)) << step;
     }
-    const Fault fault("zArchive_DeleteFile", zStatus_NoMemory);
-    EXPECT_THAT(raised([&] { script.remove("none"); }), IsLocated(removal, zStatus_NoMemory));
+    for (const char* step : {"zArchive_DeleteFile", "zArchive_AddLive"}) {
+        Script script("<S/>");
+        const Fault fault(step, zStatus_NoMemory);
+        EXPECT_THAT(raised([&] { script.remove("none"); }), IsLocated(removal, zStatus_NoMemory)) << step;
+    }
 }
 
 TEST(RemoveEntry, needsRoomForTheSource) {

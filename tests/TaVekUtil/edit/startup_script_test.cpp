@@ -171,6 +171,7 @@ TEST(InjectFile, reportsWhateverStepFails) {
         {"zXml_DeleteItem", 1, deletion},       // the earlier entry
         {"zArchive_DeleteFile", 1, deletion},   // its member
         {"zArchive_DeleteFile", 2, injection},  // the script
+        {"zArchive_AddLive", 1, injection},     // the script again
         {"zArchive_AddData", 1, injection},     // the file
     };
     for (const auto& [step, call, operation] : faults) {
@@ -180,6 +181,13 @@ TEST(InjectFile, reportsWhateverStepFails) {
             << step << ' ' << call;
         EXPECT_THAT(script.output.lines(), ElementsAre(failureLine)) << step << ' ' << call;
     }
+}
+
+TEST(InjectFile, reportsWhateverExceptionComes) {
+    Script script("<S><File/></S>");
+    const Fault fault("zXml_AddItem", std::bad_alloc());
+    EXPECT_THROW(script.inject("a", "data/a"), std::bad_alloc);
+    EXPECT_THAT(script.output.lines(), ElementsAre(failureLine));
 }
 
 TEST(InjectFile, sharesAMemberBetweenEntriesOfTheSameBytes) {

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <new>
+
 #include "platform/os/os.h"
 #include "tests/testing/captured_output.h"
 #include "tests/testing/raised.h"
@@ -80,6 +82,38 @@ TEST(UserTools, reportsAFileThatDoesNotExist) {
                 ElementsAre(std::string("err: TaVekUtil: Failed injecting files into User Tools package: ") +
                             exception.what()));
     EXPECT_FALSE(tools.scratch.exists("host/none.dll"));
+}
+
+/// Files of an installation whose directories are as a test wants them, and to which nothing can be copied.
+class ClosedFiles : public InstallationFiles {
+  public:
+    explicit ClosedFiles(zStatus directory) : directory_(directory) {}
+    zStatus findDirectory(const char*) override { return directory_; }
+    zStatus createDirectory(const char*) override { return zStatus_IoError; }
+    zStatus copyFile(const char*, const char*) override { throw std::bad_alloc(); }
+    zStatus deleteFile(const char*) override { return zStatus_IoError; }
+
+  private:
+    zStatus directory_;
+};
+
+TEST(UserTools, reportsADirectoryThatCannotBeLookedAtInsteadOfSkipping) {
+    const CapturedOutput output;
+    ClosedFiles files(zStatus_IoError);
+    const auto exception = raised([&] { TaVekUtil_InjectFile("a.dll", "b.dll", "host", files); });
+    EXPECT_THAT(exception, IsLocated("TaVekUtil_InjectFile", zStatus_IoError));
+    EXPECT_THAT(output.lines(),
+                ElementsAre(std::string("err: TaVekUtil: Failed injecting files into User Tools package: ") +
+                            exception.what()));
+}
+
+TEST(UserTools, reportsWhateverExceptionComes) {
+    const CapturedOutput output;
+    ClosedFiles files(zStatus_Success);
+    EXPECT_THROW(TaVekUtil_InjectFile("a.dll", "b.dll", "host", files), std::bad_alloc);
+    EXPECT_THAT(output.lines(),
+                ElementsAre(std::string("err: TaVekUtil: Failed injecting files into User Tools package: ") +
+                            std::bad_alloc().what()));
 }
 
 TEST(UserTools, takesTargetPathsOfUpTo511Characters) {
