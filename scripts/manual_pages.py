@@ -41,7 +41,9 @@ PAGES = (
     Page("TaVekUtil-manifest", 5, ("docs/unified-manifest.md",), "manifest of the packages in an archive"),
     Page("TaVekUtil-script", 5, ("docs/startup-script.md",), "start-up script of an upgrade archive"),
     Page("TaVekUtil-container", 5, ("docs/container.md",), "upgrade archives as ZIP files"),
+    Page("TaVekUtil-failures", 7, ("docs/failures.md",), "how TaVekUtil behaves on failure"),
     Page("TaVekUtil-messages", 7, ("docs/messages.md",), "messages of TaVekUtil, with cause and cure"),
+    Page("TaVekUtil-performance", 7, ("docs/performance.md",), "what TaVekUtil takes in time and memory"),
     Page("TaVekUtil-security", 7, ("SECURITY.md", "docs/signing.md"), "what TaVekUtil trusts, and signing"),
 )
 

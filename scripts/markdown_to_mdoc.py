@@ -10,6 +10,7 @@ import textwrap
 SPAN = re.compile(r"`([^`]+)`|\*\*(.+?)\*\*|\*([^*\s][^*]*)\*|!?\[([^\]]*)\]\(([^)\s]+)\)")
 ITEM = re.compile(r"^(-|\d+\.) +")
 LINE_LENGTH = 78
+OF_WHAT = re.compile(r":| (of|to)$")
 RULE = re.compile(r"^\|[-| :]+\|$")
 
 
@@ -70,11 +71,14 @@ class Converter:
         self.lines.append(".El")
 
     def table(self, lines):
-        """A list with the first cells as its tags; more than two cells are named after their columns."""
+        """A list with the first cells as its tags; more than two cells are named after their columns. A first heading
+        that says what the table is of ("Local header: offset, size", "Adding one package to") stands before the list."""
         rows = [
             [cell.strip() for cell in line.strip("|").split("|")] for line in lines if not RULE.match(line)
         ]
         head, rows = rows[0], rows[1:]
+        if OF_WHAT.search(head[0]):
+            self.paragraph(head[0])
         self.lines.append(".Bl -tag -width Ds")
         for cells in rows:
             self.lines.append(f".It {argument(self.spans(cells[0]))}")
@@ -85,7 +89,7 @@ class Converter:
         if len(cells) == 2:
             return [cells[1]]
         return [
-            f"*{name}*: {cell}." if not cell.endswith(".") else f"*{name}*: {cell}"
+            f"*{plain(name)}*: {cell}." if not cell.endswith(".") else f"*{plain(name)}*: {cell}"
             for name, cell in zip(head[1:], cells[1:])
             if cell
         ]
@@ -157,7 +161,7 @@ def argument(text):
 
 
 def sentences(text):
-    return re.split(r"(?<=[a-z0-9)R][.:;])\s+(?=[A-Z\\])", text)
+    return re.split(r"(?<=[A-Za-z0-9)][.:;])\s+(?=[A-Z\\])", text)
 
 
 def tidy(lines):

@@ -2,8 +2,9 @@
 
 In a block of the language `console` a line that begins with "$ " is a command for bash, lines beginning with "> " go
 on with it, and the lines up to the next command are what both its output streams must show, exactly; a line of three
-dots stands for any number of lines, "[...]" for any text within a line. A block of the language `sh` holds commands that must succeed. The blocks of one
-document run one after the other in one directory (workplace.py says what lies in it).
+dots stands for any number of lines, "[...]" for any text within a line. A command that shows nothing must succeed. A
+block of the language `sh` holds commands that must succeed. The blocks of one document run one after the other in one
+directory (workplace.py says what lies in it).
 
 A line `<!-- not run: REASON -->` above a block leaves it out.
 """
@@ -50,9 +51,10 @@ class Examples(unittest.TestCase):
         steps = commands(block.lines)
         self.assertTrue(steps, f"{where}: a console block without a command")
         for command, expected in steps:
-            output, _ = shell.run(command)
+            output, status = shell.run(command)
             if not re.fullmatch(pattern(expected), output):
                 self.fail(f"{where}\n$ {command}\nshows\n{output}\nand not\n" + "\n".join(expected))
+            self.assertTrue(expected or status == 0, f"{where}\n$ {command}\nends with status {status}")
         return len(steps)
 
 

@@ -1,6 +1,7 @@
 """Every link of the documents leads somewhere, and every document of the manual can be found from its contents."""
 
 import unittest
+import xml.etree.ElementTree
 
 import markdown
 from workplace import REPOSITORY
@@ -21,6 +22,8 @@ class Links(unittest.TestCase):
         name, _, anchor = target.partition("#")
         path = (document.parent / name).resolve() if name else document
         self.assertTrue(path.exists(), "names nothing")
+        if path.suffix == ".svg":
+            xml.etree.ElementTree.parse(path)
         if anchor:
             self.assertIn(anchor, markdown.anchors(path), "there is no such heading")
 

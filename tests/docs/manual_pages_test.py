@@ -56,12 +56,36 @@ class ManualPages(unittest.TestCase):
             )
             self.assertEqual(done.stderr, "", page.name)
 
+    def shown(self, name):
+        """The page as readers see it."""
+        page = pathlib.Path(self.directory.name) / name
+        command = [options.tool("mandoc"), "-T", "ascii", "-O", "width=100", page]
+        done = subprocess.run(command, capture_output=True, check=True)
+        return re.sub(r".\x08", "", done.stdout.decode())
+
+    def test_tables_that_look_alike_say_what_they_are_of(self):
+        text = self.shown("man5/TaVekUtil-container.5")
+        for record in ("Local header", "Central header", "ZIP64 end record", "ZIP64 locator", "End record"):
+            self.assertIn(f"     {record}: offset, size\n\n     0, 4    Field: signature.", text)
+
+    def test_what_users_need_has_a_page(self):
+        covered = {document for page in manual_pages.PAGES for document in page.documents}
+        others = {
+            "README.md",
+            "architecture.md",
+            "installation.md",
+            "reliability.md",
+            "tar.md",
+            "windows.md",
+            "xml.md",
+        }
+        manual = {
+            f"docs/{path.name}" for path in (REPOSITORY / "docs").glob("*.md") if path.name not in others
+        }
+        self.assertEqual(covered, manual | {"SECURITY.md"})
+
     def test_the_page_shows_what_the_document_says(self):
-        page = pathlib.Path(self.directory.name) / "man1/TaVekUtil.1"
-        shown = subprocess.run(
-            [options.tool("mandoc"), "-T", "ascii", "-O", "width=100", page], capture_output=True, check=True
-        )
-        text = re.sub(r".\x08", "", shown.stdout.decode())
+        text = self.shown("man1/TaVekUtil.1")
         for expected in (
             "TaVekUtil - edit sensor upgrade archives",
             "TaVekUtil --config CONFIGURATION [--platform PLATFORM]",

@@ -7,6 +7,7 @@ from dataclasses import dataclass
 from workplace import REPOSITORY
 
 FENCE = re.compile(r"^```(\w*)$")
+LANGUAGES = {"", "console", "sh", "text", "xml"}
 NOT_RUN = re.compile(r"^<!-- not run: .+ -->$")
 LINK = re.compile(r"!?\[[^\]]*\]\(([^)\s]+)\)")
 HEADING = re.compile(r"^#+\s+(.*)$")
@@ -30,17 +31,24 @@ def documents():
 
 
 def blocks(path):
+    """The fenced blocks. One that could be taken for something else, and so never be run, raises."""
     found, block, marked = [], None, False
     for number, line in enumerate(path.read_text().splitlines(), 1):
         fence = FENCE.match(line)
         if block is None and fence:
             block = Block(fence.group(1), number + 1, [], marked)
+            if block.language not in LANGUAGES:
+                raise ValueError(f"{path}:{number}: nobody knows the language {block.language}")
         elif block is not None and line == "```":
             found.append(block)
             block = None
         elif block is not None:
             block.lines.append(line)
+        elif line.lstrip().startswith("```"):
+            raise ValueError(f"{path}:{number}: this is no fence: {line}")
         marked = bool(NOT_RUN.match(line)) or (marked and not line)
+    if block is not None:
+        raise ValueError(f"{path}:{block.line}: a block without an end")
     return found
 
 
@@ -65,5 +73,7 @@ def anchors(path):
 
 
 def links(path):
-    """(line number, target) of every link."""
-    return [(number, target) for number, line in prose(path) for target in LINK.findall(line)]
+    """(line number, target) of every link, also of one whose text goes on over several lines."""
+    numbers, lines = zip(*prose(path))
+    text = "\n".join(lines)
+    return [(numbers[text.count("\n", 0, link.start())], link.group(1)) for link in LINK.finditer(text)]
