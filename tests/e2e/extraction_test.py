@@ -74,6 +74,7 @@ class Saved(Extraction):
 
     @unittest.skipIf(ON_WINDOWS, "no such device there")
     def test_a_device_is_written_directly(self):
+        self.described = False  # the manifest is printed
         self.host_archive()
         self.extract(
             name="/dev/stdout", stdout=unified_manifest("linux_arm7") + "Manifest saved at /dev/stdout\n"

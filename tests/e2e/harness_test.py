@@ -1,13 +1,14 @@
 """The harness itself: a comparison that notices nothing would prove nothing. Needs no program."""
 
 import os
+import pathlib
 import shutil
 import struct
 import unittest
 import zipfile
 from io import BytesIO
 
-from harness import executable, schemas, zip_builder
+from harness import executable, manual, schemas, zip_builder
 from harness.documents import file, host_script, script, unified_manifest, version
 from harness.patterns import anything, containing, located, one_of
 from harness.scenario import GONE, Scenario
@@ -37,6 +38,37 @@ class Files(Scenario):
     def test_a_run_without_a_difference_passes(self):
         self.write("a.txt", "content")
         self.compare_files(self.snapshot(), self.snapshot(), {"a.txt": b"content"})
+
+
+class Manual(unittest.TestCase):
+    def test_lines_of_the_program_are_described(self):
+        failed = "TaVekUtil: Failed to inject library to archive. Error: "
+        lines = [
+            "",
+            "\tTaVekUtil: Remove Package: a",
+            "TaVekUtil:    - Saving new package as: Custom-a.pkg",
+            "zArchive_Load: a.pkg: member b: checksum mismatch",
+            failed + "Path not found: a.pkg",
+            failed + "main: a.pkg: Is a directory (input/output error, status -5, TaVekUtil:1)",
+        ]
+        self.assertEqual(manual.undescribed("\n".join(lines)), [])
+
+    def test_other_lines_are_not(self):
+        failed = "TaVekUtil: Failed to inject library to archive. Error: "
+        lines = [
+            "TaVekUtil: Failed to inject library",
+            "TaVekUtil:    - Saved new package as: Custom-a.pkg",
+            "zArchive_Load: a.pkg: member b: no match",
+            failed + "Path lost: a.pkg",
+            failed + "main: a.pkg: Is no file (input/output error, status -5, TaVekUtil:1)",
+            failed + "main: a.pkg: Is a directory (broken, status -5, TaVekUtil:1)",
+        ]
+        self.assertEqual(manual.undescribed("\n".join(lines)), lines)
+
+    def test_every_module_is_told(self):
+        here = pathlib.Path(__file__).parent
+        told = (here / "README.md").read_text()
+        self.assertEqual([path.name for path in here.glob("*_test.py") if f"`{path.name}`" not in told], [])
 
 
 @unittest.skipUnless(schemas.XMLLINT, "xmllint is not installed")

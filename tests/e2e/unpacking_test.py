@@ -107,6 +107,7 @@ class Unpacking(TarFiles):
             "!",
         ):
             with self.subTest(name):
+                self.described = "\n" not in name
                 self.packed(name + ".tar")
                 self.expect_unpacked(name + ".tar", name)
 
@@ -139,8 +140,8 @@ class TarProgram(TarFiles):
 
     @unittest.skipIf(ON_WINDOWS, "no scripts there")
     def test_its_output_is_silenced_and_its_errors_are_not(self):
-        self.fake("echo out; echo err >&2; exit 1\n")
-        self.expect_untar_fails("x.tar", 1, "err\n", files={"x": DIRECTORY})
+        self.fake("echo out; echo tar: err >&2; exit 1\n")
+        self.expect_untar_fails("x.tar", 1, "tar: err\n", files={"x": DIRECTORY})
 
     @unittest.skipIf(ON_WINDOWS, "the command interpreter answers there")
     def test_without_one(self):

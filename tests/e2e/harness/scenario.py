@@ -9,7 +9,7 @@ import tempfile
 import unittest
 from dataclasses import dataclass
 
-from . import documents, program, schemas, zip_builder
+from . import documents, manual, program, schemas, zip_builder
 from .foresight import Foresight
 from .zip_walker import Contents, Malformed
 
@@ -74,6 +74,7 @@ class Scenario(unittest.TestCase):
 
     maxDiff = None
     foreseeable = True  # False where what happens cannot be known before
+    described = True  # False where lines are printed that are no messages
 
     def setUp(self):
         self.root = tempfile.mkdtemp(dir=program.scratch_root())
@@ -144,7 +145,7 @@ class Scenario(unittest.TestCase):
 
         `files` names what may differ afterwards: bytes or text for a file's content, Contents for an archive,
         None for any content, DIRECTORY for a new directory, GONE for what is removed. Everything else must be
-        as it was: bytes, mode and modification time. A batch is planned before it runs, and what was foretold is
+        as it was: bytes, mode and modification time. Every line must be one that docs/messages.md describes. A batch is planned before it runs, and what was foretold is
         compared, too, unless the test is not `foreseeable`.
         """
         foresight = Foresight(self, arguments, **options)
@@ -153,6 +154,9 @@ class Scenario(unittest.TestCase):
         with rights:
             result = program.start(self.program, arguments, self.root, **options)
         self.compare_streams(result, stdout, stderr, status)
+        if self.described:
+            printed = result.stdout + result.stderr
+            self.assertEqual(manual.undescribed(printed), [], "docs/messages.md lacks these")
         after = self.snapshot()
         self.compare_files(before, after, files or {})
         self.assertEqual(schemas.complaints(before, after), [])
