@@ -131,7 +131,7 @@ check_docs() {
 
 # What people install: what is in it, and that it installs, runs and goes again.
 check_packages() {
-    need "${test_packages[@]}" dpkg-dev g++-mingw-w64-x86-64-posix groff man-db wine64
+    need "${test_packages[@]}" dpkg-dev g++-mingw-w64-x86-64-posix groff man-db wine64 zsh
     build release TaVekUtil TaVekInspect manual_pages
     build windows TaVekUtil TaVekInspect tavek_tar
     local preset

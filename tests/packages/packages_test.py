@@ -23,6 +23,7 @@ REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
 sys.path[:0] = [str(REPOSITORY / "tests/docs"), str(REPOSITORY / "scripts")]
 
 import manual_pages  # noqa: E402
+import markdown  # noqa: E402
 import workplace  # noqa: E402
 
 OPTIONS = argparse.Namespace()
@@ -185,6 +186,29 @@ class TarPackage(PackageTest):
         self.check_programs(*([home / "bin" / name] for name in PROGRAMS))
         self.run_batch(home / "bin/TaVekUtil")
         self.assertEqual(files_below(home), linux_files(), "a run leaves nothing in the program's directory")
+
+    def test_completion_is_set_up_as_the_manual_says(self):
+        with tarfile.open(
+            self.package(OPTIONS.linux, f"TaVekUtil-{VERSION}-linux-{os.uname().machine}.tar.gz")
+        ) as archive:
+            archive.extractall(self.root)
+        home = next(self.root.iterdir())
+        lines = [
+            line.replace("/opt/tavekutil", str(home))
+            for block in markdown.blocks(REPOSITORY / "docs/installation.md")
+            for line in block.lines
+            if "/opt/tavekutil" in line
+        ]
+        self.assertEqual(len(lines), 2)
+        bash = ["bash", "--norc", "-c", f"{lines[0]}\ncomplete -p {' '.join(PROGRAMS)}"]
+        known = subprocess.run(bash, capture_output=True, text=True, check=True).stdout
+        self.assertEqual(known, "".join(f"complete -F _{name} {name}\n" for name in PROGRAMS))
+        if not shutil.which("zsh"):
+            self.skipTest("zsh is not installed")
+        asked = "\n".join(f"print $_comps[{name}]" for name in PROGRAMS)
+        zsh = ["zsh", "-f", "-c", f"{lines[1]}\nautoload -Uz compinit && compinit -u -D\n{asked}"]
+        known = subprocess.run(zsh, capture_output=True, text=True, check=True).stdout
+        self.assertEqual(known, "".join(f"_{name}\n" for name in PROGRAMS))
 
 
 class WindowsPackage(PackageTest):
