@@ -1,4 +1,5 @@
-"""Every message of the program stands in docs/messages.md, and what stands there is in the program."""
+"""Every message of the program stands in docs/messages.md, every one of our tar in docs/tar.md, and what stands there is in
+the programs."""
 
 import re
 import unittest
@@ -7,6 +8,7 @@ import literals
 from workplace import REPOSITORY
 
 PAGE = REPOSITORY / "docs/messages.md"
+TAR_PAGE = REPOSITORY / "docs/tar.md"
 PHRASE = re.compile(r'return "([^"]+)";')
 CODE_SPAN = re.compile(r"`([^`]+)`")
 
@@ -38,19 +40,36 @@ class Messages(unittest.TestCase):
             self.assertIn(f"| `{phrase}` |", self.page)
 
     def test_every_listed_message_is_made_of_texts_of_the_sources(self):
-        texts = all_texts()
-        for row in re.findall(r"^\| (`[^|]+) \|", self.page, re.M):
-            for message in CODE_SPAN.findall(row):
-                with self.subTest(message):
-                    self.assertEqual(strange_words(message, texts), [])
+        self.check_listed(self.page, all_texts("TaVekUtil", "platform"))
+
+    def check_listed(self, page, texts):
+        listed = [
+            text for row in re.findall(r"^\| (`[^|]+) \|", page, re.M) for text in CODE_SPAN.findall(row)
+        ]
+        self.assertGreater(len(listed), 30)
+        for message in listed:
+            with self.subTest(message):
+                self.assertEqual(strange_words(message, texts), [])
+
+    def test_every_message_of_our_tar_is_listed(self):
+        page = TAR_PAGE.read_text().partition("\n## Messages\n")[2].partition("\n## ")[0]
+        self.check_listed(page, all_texts("tools/tar", "platform"))
+        texts = [
+            text
+            for path in (REPOSITORY / "tools/tar").glob("*.cpp")
+            for text in literals.literals(re.sub(r"^\s*#.*$", "", path.read_text(), flags=re.M))
+            if literals.is_sentence(text) and not text.startswith("Usage: ")
+        ]
+        self.assertGreater(len(texts), 35)
+        self.assertEqual([text for text in texts if text.strip(" :") not in page], [])
 
 
-def all_texts():
+def all_texts(*directories):
     """A pattern for every literal of the sources, the longest first."""
     texts = set()
-    for top in ("TaVekUtil", "platform"):
+    for top in directories:
         for path in (REPOSITORY / top).rglob("*.[ch]*"):
-            texts |= {literal.strip() for literal in literals.literals(path.read_text())}
+            texts |= {literal.strip(" :\t\n") for literal in literals.literals(path.read_text())}
     return [pattern(text) for text in sorted(texts, key=len, reverse=True) if len(text) > 1]
 
 
