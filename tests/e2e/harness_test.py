@@ -88,6 +88,12 @@ class Schemas(Scenario):
         self.assertEqual(len(self.complaints_after(script('<File name="no source"/>'))), 1)
         self.assertEqual(len(self.complaints_after(host_script(), unified_manifest("Ombix"))), 1)
 
+    def test_an_extracted_manifest_is_looked_at_whatever_its_name(self):
+        self.write("results/any.xml", unified_manifest("win"))
+        self.assertEqual(schemas.complaints({}, self.snapshot()), [])
+        self.write("results/any.xml", unified_manifest("Ombix"))
+        self.assertEqual(len(schemas.complaints({}, self.snapshot())), 1)
+
     def test_results_of_inputs_that_do_not_are_passed_over(self):
         self.write("vek_manifest.xml", "<VekAppPackage/>")
         self.assertEqual(self.complaints_after(script('<File name="no source"/>')), [])

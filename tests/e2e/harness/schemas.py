@@ -37,6 +37,8 @@ def documents(states):
         name = os.path.basename(path)
         if name in BY_NAME:
             yield path, BY_NAME[name], state.content
+        elif b"<VekAppPackage" in state.content and name.endswith(".xml"):
+            yield path, "unified-manifest", state.content  # extracted, by a name of the user's choice
         elif state.content.startswith(b"PK\3\4"):
             for member, content in members(state.content):
                 yield f"{path}: {member}", BY_NAME[member], content
