@@ -35,7 +35,8 @@ BESIDE = ("bench", "scripts", "tests")
 
 LONGEST_FILE = 400
 
-INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.M)
+# What stands in angle brackets is of the system when it is none of the project's folders.
+INCLUDE = re.compile(rf'^\s*#\s*include\s*(?:"|<(?=(?:{"|".join(LAYERED + BESIDE)})/))([^">]+)', re.M)
 SYSTEM_CONDITION = re.compile(r"^\s*#.*\b(_WIN32|_WIN64|__MINGW32__|_MSC_VER|__linux__|__unix__|__APPLE__)\b", re.M)
 
 

@@ -46,6 +46,8 @@ NO_EQ_VALUE = "<File name='/a' source='a'><Or><Eq property='Controller'/></Or></
 RIGHT = {
     "configuration": [
         configuration(PREFIX),
+        configuration("<OutputPrefix>C</OutputPrefix>"),
+        configuration("<OutputPrefix>My sensors (2)</OutputPrefix>"),
         configuration("<VekPkgsToLoad/><StockPackages><Path>a.pkg</Path></StockPackages>" + PREFIX),
         configuration(PREFIX + "<VekPkgsToRemove><Name>a</Name><Name>b</Name></VekPkgsToRemove>"),
         configuration(f"<OutputPrefix>{'x' * 255}</OutputPrefix>"),
@@ -76,6 +78,9 @@ WRONG = {
         configuration("<OutputPrefix/>"),
         configuration(f"<OutputPrefix>{'x' * 256}</OutputPrefix>"),
         configuration("<OutputPrefix>out/Custom</OutputPrefix>"),
+        configuration("<OutputPrefix>out\\Custom</OutputPrefix>"),
+        configuration("<OutputPrefix>\n  Custom\n</OutputPrefix>"),
+        configuration("<OutputPrefix> </OutputPrefix>"),
         configuration("<OutputPrefx>Custom</OutputPrefx>"),
         configuration(PREFIX + "<VekPkgsToLoad><Path/></VekPkgsToLoad>"),
         configuration(PREFIX + "<VekPkgsToLoad><Path> a.tar </Path></VekPkgsToLoad>"),
