@@ -1,5 +1,7 @@
-"""Every fault of form that a document can have is told in the words of docs/messages.md, and those words are all told."""
+"""Every fault of form that a document can have is told in the words of docs/messages.md and docs/xml.md, and those words are
+all told."""
 
+import os
 import re
 
 from harness import manual, program
@@ -107,6 +109,16 @@ NOT_OF_FORM = re.compile(
     r"|.*documents of 2 GiB|.*is no XML name|.*cannot be written in|the text is no UTF-8|XML cannot hold"
 )
 
+RULES = os.path.join(os.path.dirname(manual.PAGE), "xml.md")
+
+
+def refusals():
+    """The sentences of the page about documents, as regular expressions."""
+    with open(RULES, encoding="utf-8") as page:
+        section = page.read().partition("## What is refused")[2].partition("\n## ")[0]
+    rows = "".join(line for line in section.splitlines() if line.startswith("| "))
+    return [".+".join(map(re.escape, text.split("..."))) for text in re.findall(r"`([^`]+)`", rows)]
+
 
 class DocumentFaults(Scenario):
     def told(self, document):
@@ -124,6 +136,8 @@ class DocumentFaults(Scenario):
     def test_the_manual_tells_each_and_no_other(self):
         listed = [text for text in manual.sections()["Details of documents"] if not NOT_OF_FORM.match(text)]
         self.assertGreater(len(listed), 80)
+        rules = {text: re.compile(text) for text in refusals()}
+        followed = set()
         untold = {text: re.compile(manual.pattern(text, {})) for text in listed}
         for document in (*STRUCTURE, *TAGS, *MARKUP, *DECLARATION, *DOCUMENT_TYPE, *BYTES):
             with self.subTest(document):
@@ -131,4 +145,8 @@ class DocumentFaults(Scenario):
                 fitting = [text for text, form in untold.items() if form.fullmatch(told)]
                 self.assertEqual(len(fitting), 1, f"{told} is {fitting} of those that are left")
                 del untold[fitting[0]]
+                ruling = {text for text, rule in rules.items() if rule.fullmatch(told)}
+                self.assertTrue(ruling, f"docs/xml.md lacks: {told}")
+                followed |= ruling
         self.assertEqual(list(untold), [], "these are never told")
+        self.assertEqual(rules.keys() - followed, set(), "these of docs/xml.md are never told")
