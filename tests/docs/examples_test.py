@@ -6,8 +6,11 @@ dots stands for any number of lines, "[...]" for any text within a line. A comma
 block of the language `sh` holds commands that must succeed. The blocks of one document run one after the other in one
 directory (workplace.py says what lies in it).
 
-A line `<!-- not run: REASON -->` above a block leaves it out.
+A line `<!-- not run: REASON -->` above a block leaves it out. Then the scripts, presets and checks that it names must be
+there.
 """
+
+import json
 
 import pathlib
 import re
@@ -41,6 +44,30 @@ class Examples(unittest.TestCase):
                 shell = Shell(pathlib.Path(root))
                 ran += sum(self.run_block(document, block, shell) for block in runnable)
         self.assertGreater(ran, 20, "hardly an example was found")
+
+    def test_what_is_not_run_names_what_is_there(self):
+        presets = json.loads((workplace.REPOSITORY / "CMakePresets.json").read_text())
+        named = {preset["name"] for preset in presets["configurePresets"]}
+        listed = subprocess.run(
+            ["bash", "scripts/test.sh", "--list"],
+            cwd=workplace.REPOSITORY,
+            capture_output=True,
+            text=True,
+            check=True,
+        )
+        checks = set(listed.stdout.split()) | {"--list"}
+        seen = 0
+        for document in MANUAL:
+            for block in (block for block in markdown.blocks(document) if block.not_run):
+                text = "\n".join(line.partition(" #")[0] for line in block.lines)
+                where = f"{document.name}:{block.line}"
+                subprocess.run(["bash", "-n", "-c", text], check=True)
+                for name in re.findall(r"(?:^|\s)((?:bench|scripts|tests)/\S+)", text):
+                    self.assertTrue((workplace.REPOSITORY / name).is_file(), f"{where}: {name}")
+                self.assertLessEqual(set(re.findall(r"--preset (\S+)", text)), named, where)
+                self.assertLessEqual(set(re.findall(r"scripts/test\.sh +(\S+)", text)), checks, where)
+                seen += 1
+        self.assertGreater(seen, 8)
 
     def run_block(self, document, block, shell):
         where = f"{document.relative_to(workplace.REPOSITORY)}:{block.line}"

@@ -5,7 +5,10 @@ import re
 import unittest
 
 import literals
+import markdown
 from workplace import REPOSITORY
+
+from harness import manual
 
 PAGE = REPOSITORY / "docs/messages.md"
 TAR_PAGE = REPOSITORY / "docs/tar.md"
@@ -50,6 +53,17 @@ class Messages(unittest.TestCase):
         for message in listed:
             with self.subTest(message):
                 self.assertEqual(strange_words(message, texts), [])
+
+    def test_messages_shown_elsewhere_are_listed(self):
+        shown = [
+            line
+            for document in markdown.documents()
+            for block in markdown.blocks(document)
+            if block.language == "text" and block.lines[0].startswith("TaVekUtil: ")
+            for line in block.lines
+        ]
+        self.assertGreater(len(shown), 4)
+        self.assertEqual(manual.undescribed("\n".join(shown)), [])
 
     def test_every_message_of_our_tar_is_listed(self):
         page = TAR_PAGE.read_text().partition("\n## Messages\n")[2].partition("\n## ")[0]
