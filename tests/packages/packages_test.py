@@ -226,6 +226,13 @@ class WindowsPackage(PackageTest):
     def test_programs_carry_the_version(self):
         for program in self.home.glob("bin/*.exe"):
             self.assertEqual(file_version(program), VERSION + ".0", program.name)
+            for key in ("FileVersion", "ProductVersion"):
+                shown = (
+                    (key + "\0").encode("utf-16-le")
+                    + b"(\0\0)?"
+                    + re.escape((VERSION + "\0").encode("utf-16-le"))
+                )
+                self.assertRegex(program.read_bytes(), shown, program.name)
 
     def test_runs(self):
         if not OPTIONS.wine:
