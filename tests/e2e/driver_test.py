@@ -1,6 +1,8 @@
-"""The batch as a whole: where the configuration is looked for, and the order of the work."""
+"""The batch as a whole: where the configuration is looked for, the order of the work, and progress that cannot be shown."""
 
 import os
+import signal
+import subprocess
 import unittest
 
 from harness.documents import configuration, entry, package_manifest, platform
@@ -15,7 +17,7 @@ from harness.messages import (
     unchanged,
 )
 from harness.patterns import located
-from harness.program import ON_WINDOWS, SEPARATOR, combined, native
+from harness.program import ON_WINDOWS, SEPARATOR, combined, environment, native
 from harness.scenario import Scenario
 
 
@@ -132,3 +134,31 @@ class Order(Driver):
             stock=["b.pkg", "a.pkg", "c.pkg"],
             stdout="".join(processing(name) + unchanged(name) for name in ("b.pkg", "a.pkg", "c.pkg")),
         )
+
+
+@unittest.skipIf(ON_WINDOWS, "no such devices and signals there")
+class Progress(Driver):
+    def run_with_output_to(self, output):
+        """A run that saves an archive; answers its exit status and what it says on standard error."""
+        self.package(
+            "pkgs/new", package_manifest("New", platform("linux_arm7", entry("VekApp", "a", "/a"))), ["a"]
+        )
+        self.write("host/bin/win64/cfg.xml", configuration("Custom", ["sensor.pkg"], ["pkgs/new"]))
+        self.before = self.snapshot()
+        command = [self.program, "--config", "cfg.xml"]
+        done = subprocess.run(
+            command, cwd=self.root, env=environment(), stdout=output, stderr=subprocess.PIPE, check=False
+        )
+        return done.returncode, done.stderr.decode()
+
+    def test_that_cannot_be_written_is_no_failure(self):
+        with open("/dev/full", "wb") as full:
+            self.assertEqual(self.run_with_output_to(full), (0, ""))
+        self.compare_files(self.before, self.snapshot(), {"Custom-sensor.pkg": None})
+
+    def test_that_nobody_reads_any_more_ends_the_run(self):
+        reading, writing = os.pipe()
+        os.close(reading)
+        self.addCleanup(os.close, writing)
+        self.assertEqual(self.run_with_output_to(writing), (-signal.SIGPIPE, ""))
+        self.compare_files(self.before, self.snapshot(), {})
