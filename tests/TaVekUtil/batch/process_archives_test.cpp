@@ -16,7 +16,6 @@
 
 namespace {
 
-using testing::callsOf;
 using testing::CapturedOutput;
 using testing::compact;
 using testing::ElementsAre;

@@ -16,7 +16,6 @@ using testing::CapturedOutput;
 using testing::compact;
 using testing::document;
 using testing::ElementsAre;
-using testing::IsFinding;
 using testing::IsLocated;
 using testing::raised;
 using testing::ScratchDirectory;

@@ -9,14 +9,11 @@
 namespace {
 
 using testing::callsOf;
-using testing::compact;
 using testing::ElementsAre;
 using testing::Fault;
 using testing::fileEntry;
 using testing::IsLocated;
-using testing::Member;
 using testing::raised;
-using testing::ScratchDirectory;
 using testing::Script;
 
 constexpr const char* injection = "TaVekUtil_InjectFile";

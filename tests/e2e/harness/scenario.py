@@ -145,8 +145,8 @@ class Scenario(unittest.TestCase):
 
         `files` names what may differ afterwards: bytes or text for a file's content, Contents for an archive,
         None for any content, DIRECTORY for a new directory, GONE for what is removed. Everything else must be
-        as it was: bytes, mode and modification time. Every line must be one that docs/messages.md describes. A batch is planned before it runs, and what was foretold is
-        compared, too, unless the test is not `foreseeable`.
+        as it was: bytes, mode and modification time. Every line must be one that docs/messages.md describes. A batch
+        is planned before it runs, and what was foretold is compared, too, unless the test is not `foreseeable`.
         """
         foresight = Foresight(self, arguments, **options)
         before = self.snapshot()

@@ -14,7 +14,6 @@
 
 namespace {
 
-using testing::HasSubstr;
 using testing::ScratchDirectory;
 using testing::StartsWith;
 

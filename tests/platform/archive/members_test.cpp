@@ -8,7 +8,6 @@
 
 namespace {
 
-using testing::container;
 using testing::ElementsAre;
 using testing::loadArchive;
 using testing::ScratchDirectory;

@@ -9,7 +9,6 @@ namespace {
 
 using testing::refusalOf;
 using testing::ScratchDirectory;
-using testing::StartsWith;
 
 std::string textOf(std::span<const std::uint8_t> bytes) {
     return {bytes.begin(), bytes.end()};

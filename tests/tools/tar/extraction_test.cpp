@@ -15,7 +15,6 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::gzipped;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::refusalOf;
 using testing::tarEnd;
