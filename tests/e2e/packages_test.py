@@ -129,6 +129,7 @@ class Manifests(Packages):
             -999,
             no_element("VekApp"),
         )
+        self.expect_manifest_refused("<VekAppPackage/>", -999, no_element("BeVersion"))
 
     def test_the_version_has_up_to_31_characters(self):
         self.expect_manifest_refused(
@@ -169,6 +170,7 @@ class Files(Packages):
         self.expect_file_refused(
             -999, no_element("Destination"), element("File", {"type": "VekApp"}, [source])
         )
+        self.expect_file_refused(-999, no_element("Source"), element("File", {"type": "VekApp"}))
 
     def test_a_platform_without_name(self):
         self.package("pkgs/new", self.one_file.replace(' name="linux_arm7"', ""), ["a.so"])

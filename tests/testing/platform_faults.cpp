@@ -51,7 +51,8 @@ Fault::Fault(const std::string& operation, zStatus status, std::size_t call) {
     plan = {operation, status, callsOf(operation) + call};
 }
 
-Fault::Fault(const std::string& operation, const std::bad_alloc&) : Fault(operation, zStatus_NoMemory) {
+Fault::Fault(const std::string& operation, const std::bad_alloc&, std::size_t call)
+    : Fault(operation, zStatus_NoMemory, call) {
     plan.isException = true;
 }
 

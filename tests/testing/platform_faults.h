@@ -17,7 +17,7 @@ class Fault {
   public:
     Fault(const std::string& operation, zStatus status, std::size_t call = 1);
     /// The same with an exception, as the tool's own code may raise between two operations.
-    Fault(const std::string& operation, const std::bad_alloc& exhausted);
+    Fault(const std::string& operation, const std::bad_alloc& exhausted, std::size_t call = 1);
     ~Fault();
     Fault(const Fault&) = delete;
     Fault& operator=(const Fault&) = delete;

@@ -122,10 +122,11 @@ TEST(LoadPackage, takesTheFilesOfThePlatform) {
                                                    {"win", "w", "w"},
                                                    {"linux_arm7x", "7x", "/7x"},
                                                    {"Win", "W", "W"},
+                                                   {"all", "a", "a"},
                                                    {"linux_arm7", "8", "/8"}}};
     Packages all;
     all.add(package);
-    EXPECT_THAT(sourcesOf(all.load().at(0)), ElementsAre("7", "w", "7x", "W", "8"));
+    EXPECT_THAT(sourcesOf(all.load().at(0)), ElementsAre("7", "w", "7x", "W", "a", "8"));
     Packages windows("win");
     windows.add(package);
     EXPECT_THAT(sourcesOf(windows.load().at(0)), ElementsAre("w"));
@@ -147,6 +148,18 @@ TEST(LoadPackage, takesTheRootAndTheFilesWhateverTheirNames) {
     packages.addManifest("<Any><BeVersion>1</BeVersion><VekApp name='app'><P name='win'>" +
                          fileElement("t", "s", "d") + "</P></VekApp><VekApp name='other'/></Any>");
     EXPECT_STREQ(packages.load().at(0).name.c_str(), "app");
+}
+
+TEST(LoadPackage, takesTheFirstElementOfAName) {
+    Packages packages;
+    packages.addManifest(
+        "<R><BeVersion>1</BeVersion><BeVersion>2</BeVersion><VekApp name='app'><P name='win'><File type='t'>"
+        "<Source>s</Source><Source>x</Source><Destination>d</Destination><Destination>x</Destination>"
+        "</File></P></VekApp><VekApp name='other'/></R>");
+    const AddonPackage& package = packages.load().at(0);
+    EXPECT_STREQ(package.beVersion.c_str(), "1");
+    EXPECT_STREQ(package.files.at(0).source.c_str(), "s");
+    EXPECT_STREQ(package.files.at(0).destination.c_str(), "d");
 }
 
 TEST(LoadPackage, doesNotCheckElementsOfOtherPlatforms) {
@@ -251,6 +264,7 @@ TEST(UntarPackage, raisesWhateverElseFails) {
     {
         const testing::Fault fault("zDirectory_Application", zStatus_IoError);
         EXPECT_THAT(raised([&] { files.untar(archive); }), IsLocated(operation, zStatus_IoError));
+        EXPECT_FALSE(files.scratch.exists("app"));
     }
     EXPECT_THAT(raised([&] { files.untar(std::string(512, 'd') + ".tar"); }),
                 IsLocated(operation, zStatus_DoesNotFit));
@@ -336,15 +350,18 @@ TEST(LoadPackage, needsWholeFileEntries) {
 }
 
 TEST(LoadPackage, keepsTheFilesBeforeAFailure) {
-    const auto manifest = testing::document("<P name='win'>" + fileElement("t", "s", "d") + "<File/></P>");
+    // In "dir", the path of the first has 511 characters.
+    const std::string fits(507, 's');
+    const auto manifest = testing::document("<P name='win'>" + fileElement("t", fits, "d") +
+                                            fileElement("t", fits + "s", "d") + "</P>");
     CapturedOutput output;
     AddonPackage package;
     EXPECT_THAT(raised([&] {
                     TaVekUtil_Load_VekPkg_Files("all", manifest.get(), zXml_Root(manifest.get()), "dir",
                                                 package);
                 }),
-                IsLocated(filesOperation, zStatus_NotFound));
-    EXPECT_THAT(sourcesOf(package), ElementsAre("s"));
+                IsLocated(filesOperation, zStatus_DoesNotFit));
+    EXPECT_THAT(sourcesOf(package), ElementsAre(fits));
     EXPECT_THAT(output.lines(), ElementsAre(filesFailure));
 }
 
@@ -356,12 +373,14 @@ TEST(LoadPackage, needsARootElement) {
 }
 
 TEST(LoadPackage, needsThePackage) {
-    for (const std::string& entry : {std::string(), std::string("no/such/package"), std::string(511, 'd')}) {
+    std::string longest = "no";  // that leaves room for the manifest's name
+    while (longest.size() < 494) longest = "./" + longest;
+    for (const std::string& entry : {std::string(), std::string("no/such/package"), longest, longest + "t"}) {
         Packages packages;
         packages.config.vekPkgsToLoad = {entry};
         const auto exception = raised([&] { packages.load(); });
         EXPECT_THAT(exception, IsLocated(manifestOperation,
-                                         entry.size() == 511 ? zStatus_DoesNotFit : zStatus_NotFound));
+                                         entry.size() == 495 ? zStatus_DoesNotFit : zStatus_NotFound));
         EXPECT_THAT(packages.output.lines(), ElementsAre(manifestFailure));
     }
 }

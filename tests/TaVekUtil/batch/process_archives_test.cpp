@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "platform/os/os.h"
@@ -161,9 +162,38 @@ void expectFailed(Processing& processing, const std::string& path, int line, zSt
 }
 
 TEST(ModifyPackages, refusesPathsThatDoNotFit) {
+    const struct {
+        std::string path;
+        int line;
+    } paths[] = {{std::string(512, 'd') + "/a.pkg", 959}, {std::string(512, 'a'), 960}};
+    for (const auto& [path, line] : paths) {
+        Processing processing;
+        expectFailed(processing, path, line, zStatus_DoesNotFit);
+        EXPECT_THAT(processing.output.lines(),
+                    ElementsAre("out: ", "out: TaVekUtil: Processing Archive: " + path, injectionFailure));
+    }
+}
+
+TEST(SplitPath, takesPartsOfUpTo511Characters) {
+    const std::string directory(511, 'd');
+    const std::string fileName(511, 'f');
+    const ArchivePlace place = TaVekUtil_SplitPath((directory + '/' + fileName).c_str());
+    EXPECT_EQ(place.directory.c_str(), directory);
+    EXPECT_EQ(place.fileName.c_str(), fileName);
+}
+
+TEST(OutputPath, takesNamesAndPathsOfUpTo511Characters) {
     Processing processing;
-    expectFailed(processing, std::string(512, 'd') + "/a.pkg", 959, zStatus_DoesNotFit);
-    expectFailed(processing, std::string(512, 'a'), 960, zStatus_DoesNotFit);
+    const auto outputPath = [&](std::size_t directory, std::size_t fileName) {
+        ArchivePlace place;
+        std::fill_n(place.directory.data(), directory, 'd');
+        std::fill_n(place.fileName.data(), fileName, 'f');
+        return std::string(TaVekUtil_OutputPath(place, processing.config).c_str());
+    };
+    EXPECT_EQ(outputPath(0, 509), "P-" + std::string(509, 'f'));
+    EXPECT_THAT(raised([&] { outputPath(0, 510); }), IsLocatedAt(operation, zStatus_DoesNotFit, 981));
+    EXPECT_EQ(outputPath(255, 253), std::string(255, 'd') + os::pathSeparator + "P-" + std::string(253, 'f'));
+    EXPECT_THAT(raised([&] { outputPath(255, 254); }), IsLocatedAt(operation, zStatus_DoesNotFit, 982));
 }
 
 TEST(ModifyPackages, saysAtWhichStepSavingFailed) {

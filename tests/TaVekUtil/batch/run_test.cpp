@@ -8,16 +8,20 @@
 #include "tests/testing/living_objects.h"
 #include "tests/testing/package_fixture.h"
 #include "tests/testing/platform_faults.h"
+#include "tests/testing/raised.h"
 
 namespace {
 
 using testing::ApplicationDirectory;
 using testing::CapturedOutput;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::Fault;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::IsLocatedAt;
+using testing::raised;
 using testing::ScratchDirectory;
 using testing::StartsWith;
 
@@ -96,11 +100,35 @@ TEST(Run, reportsTheStepThatFailed) {
     Batch().expectFailedAt(1266, std::string(511, 'c'));
     Batch batch;
     batch.scratch.write("bin/broken.xml", "<C>");
+    const Fault later("zStrCopy", zStatus_NoMemory);
     batch.expectFailedAt(1268, "broken.xml");
+}
+
+TEST(Run, takesConfigurationPathsOfUpTo511Characters) {
+    const ApplicationDirectory program("bin");
+    EXPECT_EQ(TaVekUtil_ConfigPath(std::string(507, 'c').c_str()).c_str(),
+              std::string("bin") + os::pathSeparator + std::string(507, 'c'));
+    EXPECT_THAT(raised([] { TaVekUtil_ConfigPath(std::string(508, 'c').c_str()); }),
+                IsLocatedAt("TaVekUtil_Run", zStatus_DoesNotFit, 1266));
+    EXPECT_EQ(TaVekUtil_ConfigPath(('/' + std::string(511, 'c')).c_str()).c_str(),
+              '/' + std::string(510, 'c'))
+        << "an absolute one is cut";
+}
+
+TEST(Run, cutsAPlatformTo31Characters) {
+    Batch batch;
+    const std::string platform(31, 'p');
+    // A package that is dropped is not asked for its version.
+    const std::string package = testing::writePackage(
+        batch.scratch, "other", {.name = "app", .beVersion = "5", .files = {{platform, "p", "p"}}});
+    batch.configure(batch.archive, package);
+    EXPECT_EQ(TaVekUtil_Run((platform + 'p').c_str(), "cfg.xml"), 0);
+    EXPECT_THAT(batch.output.lines(), Contains("err: TaVekUtil: ERROR - 6.1 != app(5)"));
 }
 
 TEST(Run, reportsAPlatformThatCannotBeTaken) {
     Batch batch;
+    batch.scratch.write("bin/cfg.xml", "<C/>");  // what it lacks is found later
     const Fault fault("zStrCopy", zStatus_NoMemory);
     EXPECT_EQ(TaVekUtil_Run("all", "cfg.xml"), 1);
     EXPECT_THAT(batch.output.lines(),

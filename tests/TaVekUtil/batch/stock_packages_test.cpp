@@ -132,12 +132,25 @@ TEST(FindFilepath, joinsTheDirectoryAndTheName) {
 
 TEST(FindFilepath, isEmptyWhenThereIsNone) {
     const ScratchDirectory scratch;
-    scratch.write("a/Vek_Manifest.xml.bak", "");
+    scratch.write("a/Vek_Manifest.xml", "");
+    scratch.write("a/vek_manifest.xml.bak", "");
     scratch.write("a/sub/vek_manifest.xml", "");
     scratch.write("b/vek_manifest.xml/inside", "");
     EXPECT_EQ(TaVekUtil_FindFilepath(scratch.path("a"), "vek_manifest.xml"), "") << "only in a subdirectory";
     EXPECT_EQ(TaVekUtil_FindFilepath(scratch.path("b"), "vek_manifest.xml"), "") << "a directory";
     EXPECT_THAT(testing::livingObjects(), IsEmpty());
+}
+
+TEST(FindFilepath, raisesWhenThePathHas512Characters) {
+    const ScratchDirectory scratch;
+    std::string directory = scratch.path();
+    while (directory.size() < 505) directory += "/.";
+    const std::string fits(510 - directory.size(), 'f');
+    scratch.write(fits, "");
+    scratch.write(fits + 'f', "");
+    EXPECT_EQ(TaVekUtil_FindFilepath(directory, fits), directory + os::pathSeparator + fits);
+    EXPECT_THAT(raised([&] { TaVekUtil_FindFilepath(directory, fits + 'f'); }),
+                IsLocated("TaVekUtil_FindFilepath", zStatus_DoesNotFit));
 }
 
 TEST(FindFilepath, raisesWhenTheDirectoryCannotBeListed) {

@@ -145,6 +145,14 @@ TEST(Main, endsAbnormallyWithoutAWordWhenThereIsNoArchiveLibrary) {
     EXPECT_DEATH(start(), testing::Eq(""));
 }
 
+TEST(Main, endsAbnormallyWhenAModeRunsOutOfMemory) {
+    const auto start = []() noexcept {
+        const testing::Fault shortage("zDirectory_Application", std::bad_alloc());
+        run({"TaVekUtil", "--config", "none.xml"});
+    };
+    EXPECT_DEATH(start(), testing::Eq(""));
+}
+
 TEST(Main, raisesALocatedExceptionForThat) {
     const testing::Fault fault("zTdLib_Construct", zStatus_NoMemory);
     try {
