@@ -3,6 +3,8 @@
 #include "TaVekUtil/archive/archive_probes.h"
 #include "TaVekUtil/archive/unified_manifest.h"
 #include "platform/archive/archive.h"
+#include "platform/base/failure.h"
+#include "platform/base/file.h"
 #include "platform/base/path.h"
 #include "platform/base/text.h"
 #include "platform/xml/xml.h"
@@ -35,4 +37,9 @@ std::string ArchiveExtended::Version() const {
     Ta::Check(zXml_ChildText(document, zXml_Root(document), "BeVersion", version.data(), version.capacity()),
               "ArchiveExtended::Version");
     return version.c_str();
+}
+
+zStatus ArchiveExtended::CheckOutput(const char* output) const {
+    if (!zFile_IsSame(path.c_str(), output)) return zStatus_Success;
+    return failure::record(zStatus_BadArgument, std::string(output) + ": that is the archive itself");
 }

@@ -17,6 +17,7 @@ constexpr const char* operation = "TaVekUtil_ModifyVekPkgs";
 void saveArchive(const ArchiveExtended& archive, const ArchivePlace& place, const BuildConfig& config) {
     TaVekUtil_StoreManifest(archive);
     const Ta::PathText outputPath = TaVekUtil_OutputPath(place, config);
+    Ta::Check(archive.CheckOutput(outputPath.c_str()), operation, 983);
     Ta::Check(zArchive_Save(archive.archive.get(), outputPath.c_str()), operation, 983);
     std::cout << "TaVekUtil:    - Saving new package as: " << outputPath.c_str() << std::endl;
 }

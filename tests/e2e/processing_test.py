@@ -286,6 +286,13 @@ class Failure(Processing):
         os.mkdir(self.path("Custom-sensor.pkg"))
         self.expect_save_fails(-5, "Custom-sensor.pkg: Is a directory")
 
+    @unittest.skipIf(ON_WINDOWS, "no links there")
+    def test_a_link_to_the_archive_in_place_of_the_result(self):
+        self.result("store/sensor.pkg")
+        os.symlink("store/sensor.pkg", self.path("sensor.pkg"))
+        os.symlink("sensor.pkg", self.path("Custom-sensor.pkg"))
+        self.expect_save_fails(-22, "Custom-sensor.pkg: that is the archive itself")
+
     def test_an_output_path_that_is_too_long(self):
         directory = "d/" * 250
         self.result(directory + "s.pkg")
