@@ -161,6 +161,18 @@ TEST_F(ObjectTest, raisesWhenAReleaseFails) {
     }
 }
 
+TEST_F(ObjectTest, thatIsDeadIsNotShared) {
+    const Ta::Object<zHandle> holder = make();
+    ASSERT_EQ(zObject_Destroy(holder.get()), zStatus_Success);
+    try {
+        const Ta::Object<zHandle> copy(holder);
+        FAIL();
+    } catch (const Ta::Exception& exception) {
+        EXPECT_EQ(exception.operation(), "Ta::Object<void *>::Object");
+        EXPECT_EQ(exception.status(), zStatus_BadArgument);
+    }
+}
+
 TEST_F(ObjectTest, isNoTroubleWhenItWentBeforeItsHolder) {
     const Ta::Object<zHandle> holder = make();
     EXPECT_EQ(zObject_Destroy(holder.get()), zStatus_Success);
