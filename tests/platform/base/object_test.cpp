@@ -55,7 +55,7 @@ TEST_F(ObjectTest, goesWithItsLastReference) {
 
 TEST_F(ObjectTest, countsReferencesAtomically) {
     constexpr int threads = 4;
-    constexpr int each = 50'000;
+    constexpr int each = 20'000;
     const zHandle handle = (new Probe(alive))->handle();
     std::vector<std::thread> sharers;
     for (int i = 0; i < threads; ++i) {
