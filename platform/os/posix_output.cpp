@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -10,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <utility>
+#include <vector>
 
 #include "platform/os/os.h"
 #include "platform/os/posix_api.h"
@@ -30,6 +32,7 @@ struct OutputFile::State {
     std::string temporary;  // "" when the target is written directly
     bool replaces = false;
     struct stat replaced {};
+    std::string accessList;  // of the replaced file
     std::int64_t written = 0;
     std::int64_t onItsWay = 0;  // of `written`, what the system was told to take to disk
 
@@ -97,16 +100,43 @@ bool mayNotGive() {
     return errno == EPERM || errno == EINVAL;
 }
 
+constexpr const char* accessListName = "system.posix_acl_access";
+
+/// True when the last call failed because there is no access list, or the file system knows none.
+bool hasNoAccessList() {
+    return errno == ENODATA || errno == ENOTSUP;
+}
+
+/// Gives in `list` the access list that the file `path` has beside its permission bits; leaves it empty
+/// without one.
+std::error_code readAccessList(const std::string& path, std::string& list) {
+    constexpr std::size_t longest = std::size_t{64} * 1024;  // as Linux
+    std::vector<char> found(longest);
+    const ssize_t length = ::getxattr(path.c_str(), accessListName, found.data(), found.size());
+    if (length < 0) return hasNoAccessList() ? std::error_code{} : lastError();
+    list.assign(found.data(), static_cast<std::size_t>(length));
+    return {};
+}
+
+/// Gives the new file this access list, or takes away what it got from its directory. Without the list the
+/// permission bits would mean something else: they tell the most that the list grants to anybody.
+std::error_code giveAccessList(int file, const std::string& list) {
+    const int result = list.empty() ? ::fremovexattr(file, accessListName)
+                                    : ::fsetxattr(file, accessListName, list.data(), list.size(), 0);
+    return result == 0 || hasNoAccessList() || mayNotGive() ? std::error_code{} : lastError();
+}
+
 /// Gives the new file the owner and permissions of the one it replaces; its group alone, which others may
 /// share, when the owner is not to be had. The permissions are then kept all the same, but not the right to
 /// run as the owner, who is another now.
-std::error_code takeOver(int file, const struct stat& replaced) {
+std::error_code takeOver(int file, const struct stat& replaced, const std::string& accessList) {
     constexpr mode_t everyBit = 07777;
     constexpr mode_t accessBits = 0777;
     constexpr auto sameUser = static_cast<uid_t>(-1);
     const bool sameOwner = ::fchown(file, replaced.st_uid, replaced.st_gid) == 0;
     if (!sameOwner && !mayNotGive()) return lastError();
     if (!sameOwner && ::fchown(file, sameUser, replaced.st_gid) != 0 && !mayNotGive()) return lastError();
+    if (std::error_code error = giveAccessList(file, accessList)) return error;
     const mode_t mode = replaced.st_mode & (sameOwner ? everyBit : accessBits);
     return ::fchmod(file, mode) == 0 ? std::error_code{} : lastError();
 }
@@ -147,6 +177,7 @@ std::error_code OutputFile::openLike(const std::string& target, const std::strin
         error = openDirectly(opened->target, opened->file);
     } else {
         error = opened->replaces ? followLinks(opened->target) : followDanglingLink(opened->target);
+        if (!error && opened->replaces) error = readAccessList(opened->target, opened->accessList);
         const mode_t mode = opened->replaces ? 0600 : modeLike(native(model));
         if (!error) error = createTemporary(opened->target, mode, opened->file, opened->temporary);
     }
@@ -177,7 +208,10 @@ std::error_code OutputFile::commit() {
     if (finished->temporary.empty()) return finished->file.close();
 
     if (finished->replaces) {
-        if (std::error_code error = takeOver(finished->file.get(), finished->replaced)) return error;
+        if (std::error_code error =
+                takeOver(finished->file.get(), finished->replaced, finished->accessList)) {
+            return error;
+        }
     }
     if (retried([&] { return ::fsync(finished->file.get()); }) != 0) return lastError();
     if (std::error_code error = finished->file.close()) return error;

@@ -56,6 +56,8 @@ def wrong_status(scenario, result, injection):
         return ["what was not flushed counts as saved"] if was_lost(injection) else []
     if injection.what == "EINVAL":
         return ["a directory that cannot be flushed must do"]
+    if injection.what == "EOPNOTSUPP":
+        return ["a file system without access lists must do"]
     if scenario.may_abort and result.status == -signal.SIGABRT and "Failed finding stock packages" in result.stderr:
         return []
     if result.status != 1:
@@ -95,7 +97,7 @@ def wrong_message(result, injection):
 
 def names_the_thing(call, told):
     """A temporary file goes by the name of its target, its directory too, what lies behind a link by the link's."""
-    if call.name in ("getcwd", "readlink", "fsync") or "O_DIRECTORY" in call.arguments:
+    if call.name in ("getcwd", "readlink", "fsync", "fremovexattr") or "O_DIRECTORY" in call.arguments:
         return True
     if any(message in told for message in NO_REASON):
         return True  # of an installation directory, which is named

@@ -27,7 +27,13 @@ import tracing  # noqa: E402
 from tracing import Injection  # noqa: E402
 
 ERRORS = ("ENOSPC", "EIO", "EACCES", "EINTR")
-OTHER_ERRORS = {"mmap": ("ENOMEM",), "fchown": ("EPERM", *ERRORS), "clone3": ("EAGAIN",)}
+OTHER_ERRORS = {
+    "mmap": ("ENOMEM",),
+    "fchown": ("EPERM", *ERRORS),
+    "getxattr": ("EOPNOTSUPP", *ERRORS),
+    "fremovexattr": ("EOPNOTSUPP", *ERRORS),
+    "clone3": ("EAGAIN",),
+}
 # Nor can brk: strace cannot give the answer that stands for its failure, and mmap would be called instead.
 CANNOT_FAIL = {"brk", "exit_group", "futex", "getpid", "munmap", "prlimit64", "rt_sigaction", "rt_sigprocmask"}
 

@@ -1,6 +1,7 @@
 #include "platform/archive/archive.h"
 
 #include <cstdlib>
+#include <cstring>
 
 #include "platform/base/log.h"
 #include "tests/platform/archive/zip_fixture.h"
@@ -228,7 +229,9 @@ int blocks = 0;
 void* allocate(std::size_t size) {
     if (exhausted) return nullptr;
     ++blocks;
-    return std::malloc(size);
+    void* block = std::malloc(size);
+    // What comes fresh from the system is zero by itself.
+    return block == nullptr ? nullptr : std::memset(block, '#', size);
 }
 void release(void* block) {
     if (block == nullptr) return;
@@ -236,6 +239,19 @@ void release(void* block) {
     std::free(block);
 }
 constexpr zAllocator counting{allocate, release};
+
+TEST_F(Archive, dataEndsInAZeroByteWhateverTheMemoryHeld) {
+    zHandle counted = nullptr;
+    ASSERT_EQ(zArchive_Construct(&counted, &counting), zStatus_Success);
+    const std::string path = write({.members = {stored("stored", "s"), deflated("deflated", "dd")}});
+    ASSERT_EQ(zArchive_Load(counted, path.c_str()), zStatus_Success);
+    ASSERT_EQ(zArchive_AddData(counted, "aaa", 3, "added", 0), zStatus_Success);
+    for (const auto& [name, content] : {std::pair("stored", "s"), {"deflated", "dd"}, {"added", "aaa"}}) {
+        ASSERT_EQ(zArchive_Find(counted, name, &index), zStatus_Success);
+        EXPECT_STREQ(static_cast<const char*>(zArchive_FileData(counted, index)), content);
+    }
+    EXPECT_EQ(zObject_Destroy(counted), zStatus_Success);
+}
 
 TEST_F(Archive, keepsMembersInTheGivenAllocatorAndSurvivesItsEnd) {
     zHandle counted = nullptr;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <new>
 
@@ -16,7 +17,9 @@ void* allocate(std::size_t size) {
     if (exhausted) return nullptr;
     lastSize = size;
     ++blocks;
-    return std::malloc(size);
+    void* block = std::malloc(size);
+    // What comes fresh from the system is zero by itself.
+    return block == nullptr ? nullptr : std::memset(block, '#', size);
 }
 void release(void* block) {
     if (block == nullptr) return;

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/base/failure.h"
@@ -47,6 +48,23 @@ TEST_F(ObjectTest, goesWithItsLastReference) {
     const zHandle handle = (new Probe(alive))->handle();
     EXPECT_EQ(zObject_Retain(handle), zStatus_Success);
     EXPECT_EQ(zObject_Destroy(handle), zStatus_Success);
+    EXPECT_TRUE(alive);
+    EXPECT_EQ(zObject_Destroy(handle), zStatus_Success);
+    EXPECT_FALSE(alive);
+}
+
+TEST_F(ObjectTest, countsReferencesAtomically) {
+    constexpr int threads = 4;
+    constexpr int each = 20'000;
+    const zHandle handle = (new Probe(alive))->handle();
+    std::vector<std::thread> sharers;
+    for (int i = 0; i < threads; ++i) {
+        sharers.emplace_back([handle] {
+            for (int j = 0; j < each; ++j) EXPECT_EQ(zObject_Retain(handle), zStatus_Success);
+        });
+    }
+    for (std::thread& sharer : sharers) sharer.join();
+    for (int i = 0; i < threads * each; ++i) ASSERT_EQ(zObject_Destroy(handle), zStatus_Success);
     EXPECT_TRUE(alive);
     EXPECT_EQ(zObject_Destroy(handle), zStatus_Success);
     EXPECT_FALSE(alive);
@@ -139,6 +157,18 @@ TEST_F(ObjectTest, raisesWhenAReleaseFails) {
         FAIL();
     } catch (const Ta::Exception& exception) {
         EXPECT_EQ(exception.operation(), "Ta::Object<void *>::operator =");
+        EXPECT_EQ(exception.status(), zStatus_BadArgument);
+    }
+}
+
+TEST_F(ObjectTest, thatIsDeadIsNotShared) {
+    const Ta::Object<zHandle> holder = make();
+    ASSERT_EQ(zObject_Destroy(holder.get()), zStatus_Success);
+    try {
+        const Ta::Object<zHandle> copy(holder);
+        FAIL();
+    } catch (const Ta::Exception& exception) {
+        EXPECT_EQ(exception.operation(), "Ta::Object<void *>::Object");
         EXPECT_EQ(exception.status(), zStatus_BadArgument);
     }
 }

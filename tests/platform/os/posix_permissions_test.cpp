@@ -5,8 +5,10 @@
 #include <sched.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -81,6 +83,58 @@ TEST(Permissions, ofANewFileFollowItsModel) {
     ASSERT_FALSE(file.openLike(scratch.path("old"), model));
     ASSERT_FALSE(file.commit());
     EXPECT_EQ(modeOf(scratch.path("old")), 0604u) << "a replaced file's own win";
+}
+
+constexpr const char* accessList = "system.posix_acl_access";
+constexpr const char* inheritedList = "system.posix_acl_default";
+
+/// The access list, as the system holds it: the owner and user 12345 may read and write, the group and
+/// others nothing.
+std::string listForAnotherUser() {
+    struct Entry {
+        std::uint16_t tag, access;
+        std::uint32_t id;
+    };
+    constexpr std::uint32_t nobody = 0xFFFFFFFF;
+    const Entry entries[] = {
+        {0x01, 6, nobody}, {0x02, 6, 12345}, {0x04, 0, nobody}, {0x10, 6, nobody}, {0x20, 0, nobody}};
+    std::string list("\2\0\0\0", 4);
+    return list.append(reinterpret_cast<const char*>(entries), sizeof entries);
+}
+
+bool giveList(const std::string& path, const char* kind, const std::string& list) {
+    return ::setxattr(path.c_str(), kind, list.data(), list.size(), 0) == 0;
+}
+
+/// The access list of a file, empty without one.
+std::string accessListOf(const std::string& path) {
+    std::string list(1000, '\0');
+    const ssize_t length = ::getxattr(path.c_str(), accessList, list.data(), list.size());
+    return list.substr(0, length < 0 ? 0 : static_cast<std::size_t>(length));
+}
+
+TEST(Permissions, ofAReplacedFileAreItsAccessListAsWell) {
+    const ScratchDirectory scratch;
+    const std::string path = scratch.write("a.txt", "old");
+    if (!giveList(path, accessList, listForAnotherUser())) GTEST_SKIP() << "no access lists here";
+    ASSERT_EQ(modeOf(path), 0660u) << "the most that the list gives to anybody but owner and others";
+    ASSERT_FALSE(save(path, "new"));
+    EXPECT_EQ(accessListOf(path), listForAnotherUser())
+        << "without it the group would get what the mode says";
+    EXPECT_EQ(modeOf(path), 0660u);
+}
+
+TEST(Permissions, ofAReplacedFileAreNotWhatItsDirectoryGivesToNewOnes) {
+    const ScratchDirectory scratch;
+    const std::string path = scratch.write("a.txt", "old");
+    ASSERT_EQ(::chmod(path.c_str(), 0660), 0);
+    if (!giveList(scratch.path(), inheritedList, listForAnotherUser()))
+        GTEST_SKIP() << "no access lists here";
+    ASSERT_FALSE(save(path, "new"));
+    EXPECT_EQ(accessListOf(path), "");
+    EXPECT_EQ(modeOf(path), 0660u);
+    ASSERT_FALSE(save(scratch.path("b.txt"), "new"));
+    EXPECT_NE(accessListOf(scratch.path("b.txt")), "");
 }
 
 /// Puts this process into a container that knows no user but root.
