@@ -63,13 +63,6 @@ class Steps(Planning):
         archive = self.plan(["pkgs/new"], ["tools"], status=0)["archives"][0]
         self.assertEqual((archive["outcome"], archive["added"][0]["destination"]), ("written", "a.dll"))
 
-    def test_a_tar_file_is_unpacked_elsewhere(self):
-        self.host_archive()
-        self.new_package(directory="work")
-        self.tar("pkgs/new.tar", "work")
-        archive = self.plan(["pkgs/new.tar"], status=0)["archives"][0]
-        self.assertEqual(archive["added"][0]["path"], combined("pkgs/new", "a.so"))
-
     @unittest.skipIf(ON_WINDOWS, "no such permissions there")
     def test_the_temporary_directory_goes_whatever_the_tar_file_makes_of_it(self):
         self.host_archive()

@@ -32,6 +32,17 @@ class Unpacking(Planning):
     def error(self, reason, entry="pkgs/new.tar"):
         return [f'error: package entry "{entry}": {reason}']
 
+    def test_it_happens_elsewhere(self):
+        archive = self.plan(["pkgs/new.tar"], status=0)["archives"][0]
+        self.assertEqual(archive["added"][0]["path"], combined("pkgs/new", "a.so"))
+
+    @unittest.skipIf(ON_WINDOWS, "temporary files have another place there")
+    def test_no_temporary_directory_is_trouble(self):
+        self.plan(status=0)
+        done = program.start(self.inspector, ["plan", "cfg.xml"], self.root, variables={"TMPDIR": "/none"})
+        told = "TaVekInspect: no temporary directory: No such file or directory\n"
+        self.assertEqual((done.stdout, done.stderr, done.status), ("", told, 2))
+
     def test_a_later_entry_is_the_directory_of_an_earlier_one(self):
         self.assertEqual(self.agreed("pkgs/new.tar", "pkgs/new", "./pkgs/../pkgs\\new/"), [])
 
