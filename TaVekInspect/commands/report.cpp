@@ -5,16 +5,25 @@
 
 #include "TaVekInspect/commands/command.h"
 #include "TaVekInspect/commands/comparison.h"
+#include "TaVekInspect/plan/spelling.h"
 #include "TaVekInspect/render/diff.h"
 #include "TaVekInspect/render/text.h"
+#include "TaVekUtil/archive/host_version.h"
+#include "TaVekUtil/archive/unified_manifest.h"
 #include "platform/base/file.h"
 
 namespace {
 
+/// True when `file` is the archive `operand`, or what makes it an installation directory.
+bool isPartOf(const std::string& operand, const std::string& file) {
+    return zFile_IsSame(operand.c_str(), file.c_str()) ||
+           spellingOf(file) == spellingOf(operand + hostExecutable) ||
+           spellingOf(file) == spellingOf(installedManifestPath(operand));
+}
+
 bool isOperand(const Request& request) {
-    return std::any_of(request.operands.begin(), request.operands.end(), [&](const std::string& operand) {
-        return zFile_IsSame(operand.c_str(), request.html.c_str());
-    });
+    return std::any_of(request.operands.begin(), request.operands.end(),
+                       [&](const std::string& operand) { return isPartOf(operand, request.html); });
 }
 
 int run(const Request& request) {

@@ -1,9 +1,10 @@
 #include "TaVekInspect/plan/archive_planner.h"
 
 #include <algorithm>
-#include <filesystem>
+#include <iterator>
 
 #include "TaVekInspect/model/verification.h"
+#include "TaVekInspect/plan/spelling.h"
 #include "TaVekUtil/archive/install_destination.h"
 #include "TaVekUtil/archive/unified_manifest.h"
 #include "TaVekUtil/batch/process_archives.h"
@@ -16,8 +17,6 @@
 #include "platform/base/path.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr const char* operation = "TaVekInspect";
 
@@ -53,16 +52,6 @@ std::string platformOfEntries(const Upgrade& upgrade) {
     return {};
 }
 
-/// One spelling for all the paths of one file or directory, also of one that is yet to be made.
-std::string spellingOf(std::string path) {
-    std::replace(path.begin(), path.end(), '\\', '/');
-    std::error_code error;
-    const fs::path whole = fs::absolute(std::u8string(path.begin(), path.end()), error);
-    const fs::path canonical = fs::weakly_canonical(whole, error);
-    const std::u8string spelling = (error ? whole.lexically_normal() : canonical).generic_u8string();
-    return {spelling.begin(), spelling.end()};
-}
-
 bool isStockArchive(const std::string& name) {
     try {
         return TaVekUtil_IsStockPackage(name);
@@ -70,6 +59,13 @@ bool isStockArchive(const std::string& name) {
         // An extension that is too long for the tool to look at is not "dat".
         return false;
     }
+}
+
+/// Where `destination` of an installation directory is on disk; "" when that does not fit.
+std::string targetOf(const ArchiveExtended& archive, const std::string& destination) {
+    Ta::PathText path;
+    static_cast<void>(zPath_Combine(archive.path.c_str(), destination.c_str(), path.data(), path.capacity()));
+    return path.c_str();
 }
 
 const ScriptEntry* findEntry(const Upgrade& upgrade, const std::string& name) {
@@ -120,6 +116,7 @@ bool ArchivePlanner::open(Work& work, const std::string& path, Quiet& quiet) {
     }
     archive.files = &files_;
     work.before = readUpgrade(archive);
+    work.destinations.emplace(work.before, config_.vekPkgsToRemove);
     work.result.platform = archive.platform;
     return readVersion(work);
 }
@@ -161,15 +158,19 @@ void ArchivePlanner::remove(Work& work) {
 }
 
 void ArchivePlanner::removePackage(Work& work, const std::string& name) {
+    bool isPossible = true;
     for (const RecordedPackage& package : work.before.packages) {
         if (package.name != name) continue;
         PlannedRemoval removal{name, {}};
-        for (const RecordedFile& file : package.files) {
+        std::string type;  // a file without one has that of the file before it
+        for (RecordedFile file : package.files) {
+            type = file.type = file.type.empty() ? type : file.type;
             removal.destinations.push_back(destinationOf(file, work.archive.platform));
-            checkRemoval(work, package, file);
+            isPossible = checkRemoval(work, package, file) && isPossible;
         }
         work.result.removed.push_back(std::move(removal));
     }
+    if (!isPossible) return;
     // One name at a time, so that a name that is not there does not hide what comes after it; but as often as
     // it is listed, for a second removal takes second script entries.
     const auto& names = config_.vekPkgsToRemove;
@@ -178,33 +179,39 @@ void ArchivePlanner::removePackage(Work& work, const std::string& name) {
     attempt(work.result.findings, "", [&] { TaVekUtils_RemovePackages(work.archive, listed); });
 }
 
-void ArchivePlanner::checkRemoval(Work& work, const RecordedPackage& package, const RecordedFile& file) {
+bool ArchivePlanner::checkRemoval(Work& work, const RecordedPackage& package, const RecordedFile& file) {
     Findings& findings = work.result.findings;
     const std::string type = Ta::lowerCase(file.type);
     const std::string subject = "package " + package.name + ": ";
-    if (!file.type.empty() && type != "vekapp" && type != "resource") {
+    if (type != "vekapp" && type != "resource") {
         addWarning(findings, subject + file.source + " is of type " + file.type + " and stays");
-        return;
-    }
-    if (work.archive.isInstallation()) {
-        if (file.destination.empty()) return;  // removing it raises
-        Ta::PathText path;
-        const zStatus status =
-            zPath_Combine(work.archive.path.c_str(), file.destination.c_str(), path.data(), path.capacity());
-        if (status == zStatus_Success && !files_.fileExists(path.c_str())) {
-            addWarning(findings, subject + path.c_str() + " is not there any more");
-        }
-        if (leavesDirectory(file.destination)) {
-            addWarning(findings, subject + file.destination + " leaves the installation directory");
-        }
-        return;
+        return true;
     }
     RecordedFile searched = file;
     if (file.destination.empty()) searched.source = package.name;  // as the tool does
     const std::string destination = destinationOf(searched, work.archive.platform);
-    if (!destination.empty() && findEntry(work.before, destination) == nullptr) {
+    if (destination.empty()) {
+        addError(findings, subject + file.source + ": no Destination, and " + work.archive.platform +
+                               " has no default, so it cannot be removed");
+        return false;
+    }
+    if (work.archive.isInstallation()) {
+        checkInstalledFile(work, subject, destination);
+    } else if (findEntry(work.before, destination) == nullptr) {
         addWarning(findings,
                    subject + "no script entry " + destination + ", so nothing is removed for " + file.source);
+    }
+    return true;
+}
+
+void ArchivePlanner::checkInstalledFile(Work& work, const std::string& subject,
+                                        const std::string& destination) {
+    const std::string path = targetOf(work.archive, destination);
+    if (!path.empty() && !files_.fileExists(path)) {
+        addWarning(work.result.findings, subject + path + " is not there any more");
+    }
+    if (leavesDirectory(destination)) {
+        addWarning(work.result.findings, subject + destination + " leaves the installation directory");
     }
 }
 
@@ -232,8 +239,13 @@ void ArchivePlanner::addPackage(Work& work, const AddonPackage& package) {
 
 void ArchivePlanner::addFile(Work& work, const AddonPackage& package, const PackageFile& file) {
     const std::size_t copies = files_.copies();
+    const bool replacesFile =
+        work.archive.isInstallation() && files_.fileExists(targetOf(work.archive, file.destination.c_str()));
     try {
-        if (!TaVekUtils_InstallFile(work.archive, packages_.present(file))) return;
+        if (!TaVekUtils_InstallFile(work.archive, packages_.present(file))) {
+            noteOtherPlatform(work, package, file);
+            return;
+        }
     } catch (const Ta::Exception& exception) {
         const bool lacksDestination =
             file.destination.empty() && exception.status() != zStatus_NotFound &&
@@ -243,53 +255,41 @@ void ArchivePlanner::addFile(Work& work, const AddonPackage& package, const Pack
                                        : packages_.asInRun(reasonOf(exception, work.archive.path));
         addError(work.result.findings,
                  std::string("package ") + package.name.c_str() + ": " + file.source.c_str() + ": " + reason);
+        work.isChanged = true;  // or would be, were it not for the failure
         return;
     }
     work.isChanged = true;
-    noteFile(work, package, file, work.archive.isInstallation() && files_.copies() == copies);
+    const bool isSkipped = work.archive.isInstallation() && files_.copies() == copies;
+    noteFile(work, package, file, isSkipped, replacesFile);
+}
+
+/// A platform that only begins with the archive's is none, which nobody says in the run.
+void ArchivePlanner::noteOtherPlatform(Work& work, const AddonPackage& package, const PackageFile& file) {
+    const std::string platform = file.platform.c_str();
+    if (!platform.starts_with(work.archive.platform)) return;
+    skip(work, package, file, "there is no platform " + platform);
+}
+
+void ArchivePlanner::skip(Work& work, const AddonPackage& package, const PackageFile& file,
+                          const std::string& reason) {
+    work.result.skipped.push_back({file.path.c_str(), reason});
+    addWarning(work.result.findings, std::string("package ") + package.name.c_str() + ": " +
+                                         file.path.c_str() + " is skipped: " + reason);
 }
 
 void ArchivePlanner::noteFile(Work& work, const AddonPackage& package, const PackageFile& file,
-                              bool isSkipped) {
+                              bool isSkipped, bool replacesFile) {
     const Installation installation = TaVekUtils_PlanInstallation(file);
     PlannedFile planned{package.name.c_str(), file.path.c_str(), installation.destination.c_str(),
                         installation.member.c_str()};
     if (work.archive.isInstallation()) planned.member.clear();
     if (isSkipped) {
-        const std::string reason = "the directory of " + planned.destination + " is missing";
-        work.result.skipped.push_back({planned.path, reason});
-        addWarning(work.result.findings,
-                   "package " + planned.package + ": " + planned.path + " is skipped: " + reason);
+        skip(work, package, file, "the directory of " + planned.destination + " is missing");
         return;
     }
     installed_.insert(planned.package);
-    checkDestination(work, planned);
+    work.destinations->note(planned, replacesFile, work.result.findings);
     work.result.added.push_back(std::move(planned));
-}
-
-void ArchivePlanner::checkDestination(Work& work, const PlannedFile& file) {
-    Findings& findings = work.result.findings;
-    const std::string subject = "package " + file.package + ": ";
-    const auto [sameDestination, isNew] =
-        work.destinations.emplace(Ta::lowerCase(file.destination), file.package);
-    if (!isNew) {
-        addWarning(findings, subject + file.destination + " replaces a file of package " +
-                                 sameDestination->second + " of this run");
-    }
-    if (leavesDirectory(file.destination)) {
-        addWarning(findings, subject + "Destination " + file.destination + " leaves its directory");
-    }
-    if (work.archive.isInstallation()) return;
-    const auto [sameMember, isFirst] = work.members.emplace(file.member, file.path);
-    if (!isFirst && sameMember->second != file.path) {
-        addWarning(findings,
-                   subject + file.path + " shares member " + file.member + " with " + sameMember->second);
-    }
-    const ScriptEntry* replaced = findEntry(work.before, file.destination);
-    if (replaced != nullptr && !replaced->source.starts_with(packageMemberPrefix)) {
-        addWarning(findings, subject + file.destination + " replaces an entry of the host software (" +
-                                 replaced->source + ')');
-    }
 }
 
 void ArchivePlanner::merge(Work& work, const AddonPackage& package) {
@@ -320,9 +320,9 @@ void ArchivePlanner::finish(Work& work) {
         }
         return;
     }
-    if (hasErrors(result.findings)) return;
     if (work.archive.isInstallation()) {
         Ta::Check(checkTarget(installedManifestPath(work.archive.path)), operation);
+        if (hasErrors(result.findings)) return;
         result.outcome = PlannedArchive::Outcome::written;
         results_[spellingOf(result.path)] = work.archive;
         return;
@@ -332,21 +332,33 @@ void ArchivePlanner::finish(Work& work) {
 
 void ArchivePlanner::save(Work& work) {
     PlannedArchive& result = work.result;
-    zHandle container = work.archive.archive.get();
     TaVekUtil_StoreManifest(work.archive);
     const std::string output =
         TaVekUtil_OutputPath(TaVekUtil_SplitPath(result.path.c_str()), config_).c_str();
-    Ta::Check(zArchive_TrySave(container), operation);
-    Ta::Check(checkTarget(output), operation);
+    checkMembers(work);
+    attempt(result.findings, "", [&] { Ta::Check(checkTarget(output), operation); });
+    checkOutput(work, output);
+    // What a failure has left half done tells nothing of the result.
+    if (hasErrors(result.findings)) return;
     result.savedAs = output;
     result.outcome = PlannedArchive::Outcome::saved;
-    checkOutput(work);
     checkResult(work);
     results_[spellingOf(output)] = work.archive;
 }
 
-void ArchivePlanner::checkOutput(Work& work) {
-    const std::string& output = work.result.savedAs;
+/// Every member that saving would carry, and not only the first that would end it.
+void ArchivePlanner::checkMembers(Work& work) {
+    const zStatus status = zArchive_TrySave(work.archive.archive.get());
+    if (status == zStatus_Success) return;
+    Findings& findings = work.result.findings;
+    const std::string reason = reasonOf(status, work.archive.path);
+    const Findings damaged = verifyMembers(readUpgrade(work.archive), [](std::size_t, std::size_t) {});
+    if (!hasErrors(damaged)) addError(findings, reason);
+    std::copy_if(damaged.begin(), damaged.end(), std::back_inserter(findings),
+                 [](const Finding& finding) { return finding.severity == Finding::Severity::error; });
+}
+
+void ArchivePlanner::checkOutput(Work& work, const std::string& output) {
     Findings& findings = work.result.findings;
     if (isStockArchive(fileNameOf(output))) {
         addWarning(findings, output + " has the name of a stock archive: a later run may take it for one");
@@ -360,8 +372,10 @@ void ArchivePlanner::checkOutput(Work& work) {
 
 /// What is wrong with the archive as it would be saved and was not wrong before.
 void ArchivePlanner::checkResult(Work& work) {
+    const Upgrade after = readUpgrade(work.archive);
+    work.destinations->checkSharing(after, work.result.findings);
     const Findings before = verifyConsistency(work.before);
-    for (const Finding& finding : verifyConsistency(readUpgrade(work.archive))) {
+    for (const Finding& finding : verifyConsistency(after)) {
         const auto isSame = [&](const Finding& other) { return other.text == finding.text; };
         if (finding.severity != Finding::Severity::error || std::any_of(before.begin(), before.end(), isSame))
             continue;

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "TaVekInspect/model/upgrade.h"
+#include "TaVekInspect/plan/destinations.h"
 #include "TaVekInspect/plan/imagined_files.h"
 #include "TaVekInspect/plan/package_planner.h"
 #include "TaVekInspect/plan/quiet.h"
@@ -31,9 +33,8 @@ class ArchivePlanner {
         ArchiveExtended archive;
         Upgrade before;
         bool isChanged = false;
-        std::vector<std::string> merged;                  // packages that would be recorded
-        std::map<std::string, std::string> members;       // of files added: the first file's path
-        std::map<std::string, std::string> destinations;  // in lower case: the package's name
+        std::vector<std::string> merged;  // packages that would be recorded
+        std::optional<Destinations> destinations;
     };
 
     bool open(Work& work, const std::string& path, Quiet& quiet);
@@ -41,16 +42,20 @@ class ArchivePlanner {
     void checkPlatform(Work& work);
     void remove(Work& work);
     void removePackage(Work& work, const std::string& name);
-    void checkRemoval(Work& work, const RecordedPackage& package, const RecordedFile& file);
+    bool checkRemoval(Work& work, const RecordedPackage& package, const RecordedFile& file);
+    void checkInstalledFile(Work& work, const std::string& subject, const std::string& destination);
     void add(Work& work);
     void addPackage(Work& work, const AddonPackage& package);
     void addFile(Work& work, const AddonPackage& package, const PackageFile& file);
-    void noteFile(Work& work, const AddonPackage& package, const PackageFile& file, bool isSkipped);
-    void checkDestination(Work& work, const PlannedFile& file);
+    void noteOtherPlatform(Work& work, const AddonPackage& package, const PackageFile& file);
+    void skip(Work& work, const AddonPackage& package, const PackageFile& file, const std::string& reason);
+    void noteFile(Work& work, const AddonPackage& package, const PackageFile& file, bool isSkipped,
+                  bool replacesFile);
     void merge(Work& work, const AddonPackage& package);
     void finish(Work& work);
     void save(Work& work);
-    void checkOutput(Work& work);
+    void checkMembers(Work& work);
+    void checkOutput(Work& work, const std::string& output);
     void checkResult(Work& work);
 
     const BuildConfig& config_;

@@ -36,6 +36,7 @@ class PackagePlanner {
     void loadTar(const std::string& entry);
     void add(const std::string& entry, AddonPackage package);
     void checkPackage(const AddonPackage& package);
+    const Unpacked* findUnpacked(const std::string& directory) const;
     bool isSentInVain(const std::string& entry);
 
     std::string platform_;
@@ -44,7 +45,3 @@ class PackagePlanner {
     std::vector<AddonPackage> packages_;
     std::vector<Unpacked> unpacked_;
 };
-
-/// True when `path`, taken below a directory, may lead out of it: when it goes up. One that begins at a root
-/// stays below, as joining takes the root off.
-bool leavesDirectory(const std::string& path);

@@ -1,6 +1,7 @@
 #include "TaVekInspect/render/html_writer.h"
 
 #include "TaVekInspect/model/utf8.h"
+#include "TaVekInspect/render/text.h"
 
 namespace {
 
@@ -19,11 +20,6 @@ std::string_view escapeOf(char character) {
         default:
             return {};
     }
-}
-
-bool isUnwelcome(char character) {
-    const auto byte = static_cast<unsigned char>(character);
-    return (byte < ' ' && character != '\t' && character != '\n') || byte == 0x7F;
 }
 
 }  // namespace
@@ -45,13 +41,9 @@ HtmlWriter& HtmlWriter::close() {
 }
 
 HtmlWriter& HtmlWriter::text(std::string_view text) {
-    for (const char character : validUtf8(text)) {
+    for (const char character : printable(validUtf8(text), "\t\n")) {
         const std::string_view escape = escapeOf(character);
-        if (!escape.empty()) {
-            html_ += escape;
-        } else {
-            html_ += isUnwelcome(character) ? '?' : character;
-        }
+        escape.empty() ? html_ += character : html_ += escape;
     }
     return *this;
 }

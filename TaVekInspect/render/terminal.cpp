@@ -4,7 +4,6 @@
 #include <iostream>
 
 #include "TaVekInspect/render/text.h"
-#include "platform/os/terminal.h"
 
 namespace {
 
@@ -42,8 +41,9 @@ bool outputIsTerminal() {
     return isTerminal;
 }
 
-std::string painted(Colour colour, const std::string& text) {
-    if (colour == Colour::none || !outputIsTerminal() || coloursAreUnwanted()) return text;
+std::string painted(Colour colour, const std::string& text, os::Stream stream) {
+    if (colour == Colour::none || coloursAreUnwanted()) return text;
+    if (stream == os::Stream::output ? !outputIsTerminal() : !os::isTerminal(stream)) return text;
     return codeOf(colour) + text + "\x1B[0m";
 }
 

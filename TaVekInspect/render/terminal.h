@@ -2,15 +2,17 @@
 
 #include <string>
 
+#include "platform/os/terminal.h"
+
 /// How text looks: in colour on a terminal, plain everywhere else.
 enum class Colour { none, bold, dim, red, green, yellow, cyan };
 
 /// True when standard output is a terminal that obeys escape sequences.
 bool outputIsTerminal();
 
-/// `text` in `colour` when standard output is such a terminal and the user has not asked for none (NO_COLOR),
-/// else `text`.
-std::string painted(Colour colour, const std::string& text);
+/// `text`, which goes to `stream`, in `colour` when that is such a terminal and the user has not asked for
+/// none (NO_COLOR), else `text`.
+std::string painted(Colour colour, const std::string& text, os::Stream stream = os::Stream::output);
 
 /// A line on standard error that says how far a long work has come; it is there on a terminal only, and gone
 /// when the object goes.

@@ -14,12 +14,19 @@ std::string formatted(const char* format, Values... values) {
 }
 
 /// Bytes of the control character that `text`, which is not empty, begins with; 0 when it begins with none.
-/// U+0080 to U+009F take two in UTF-8, and terminals obey them as well.
+/// U+0080 to U+009F take two in UTF-8, and terminals obey them as well. U+202A to U+202E and U+2066 to U+2069
+/// turn the order of what follows round, so that a name reads like another.
 std::size_t controlLength(std::string_view text) {
-    const auto first = static_cast<unsigned char>(text[0]);
-    const auto second = static_cast<unsigned char>(text.size() > 1 ? text[1] : '\0');
+    const auto byteAt = [text](std::size_t at) {
+        return static_cast<unsigned char>(at < text.size() ? text[at] : '\0');
+    };
+    const unsigned char first = byteAt(0), second = byteAt(1), third = byteAt(2);
     if (first < ' ' || first == 0x7F) return 1;
-    return first == 0xC2 && second >= 0x80 && second <= 0x9F ? 2 : 0;
+    if (first == 0xC2) return second >= 0x80 && second <= 0x9F ? 2 : 0;
+    if (first != 0xE2) return 0;
+    const bool turnsOrder = (second == 0x80 && third >= 0xAA && third <= 0xAE) ||
+                            (second == 0x81 && third >= 0xA6 && third <= 0xA9);
+    return turnsOrder ? 3 : 0;
 }
 
 }  // namespace

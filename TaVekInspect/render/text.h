@@ -11,7 +11,7 @@
 /// Values as people read them.
 
 /// `text` on one line, control characters as "?" but for those in `kept`: names come out of archives, and a
-/// terminal obeys what they may hold.
+/// terminal obeys what they may hold. So are those that turn the order of the text round.
 std::string printable(const std::string& text, std::string_view kept = "");
 
 /// Columns that `text` takes on a terminal, one for each UTF-8 character.

@@ -10,7 +10,10 @@ from io import BytesIO
 
 from harness import executable, manual, schemas, zip_builder
 from harness.documents import file, host_script, script, unified_manifest, version
+from harness.foresight import Foresight
+from harness.messages import loaded, processing, removing, saving, version_mismatch
 from harness.patterns import anything, containing, located, one_of
+from harness.program import Result
 from harness.scenario import GONE, Scenario
 from harness.zip_builder import DEFLATED, HAS_DESCRIPTOR, Member
 from harness.zip_walker import Contents, Malformed, walk
@@ -97,6 +100,64 @@ class Schemas(Scenario):
     def test_results_of_inputs_that_do_not_are_passed_over(self):
         self.write("vek_manifest.xml", "<VekAppPackage/>")
         self.assertEqual(self.complaints_after(script('<File name="no source"/>')), [])
+
+
+class Plans(Scenario):
+    file = {"package": "New", "path": "p/a.so", "destination": "/a.so", "member": "data/12345-a.so"}
+    archive = {
+        "path": "a.pkg",
+        "platform": "linux_arm7",
+        "outcome": "saved",
+        "savedAs": "C-a.pkg",
+        "removed": [{"package": "Old", "destinations": []}],
+        "added": [file, file | {"path": "p/b.so"}],
+        "skipped": [{"subject": "package Z", "reason": "built for 7, the archive is 6"}],
+        "findings": [{"severity": "warning", "text": "package Z is skipped"}],
+    }
+    other = archive | {"path": "b.pkg", "outcome": "notReached"}
+    happened = (
+        processing("a.pkg")
+        + removing("Old")
+        + version_mismatch("6", "Z", "7")
+        + loaded("linux_arm7", "p/a.so")
+        + loaded("linux_arm7", "p/b.so")
+        + saving("C-a.pkg")
+    )
+
+    def compare(self, text, succeeds=True, **change):
+        foresight = Foresight(self, [])
+        archives = [self.archive | change] + ([] if succeeds else [self.other])
+        foresight.plan = {"succeeds": succeeds, "archives": archives, "findings": []}
+        foresight.status, foresight.sound_inputs = 1, {"a.pkg": False}
+        foresight.compare(Result(text, "", 0 if succeeds else 1))
+
+    def test_what_was_foretold_passes(self):
+        self.compare(self.happened)
+        failed = self.happened.replace(saving("C-a.pkg"), "")
+        self.compare(failed, False, outcome="failed")
+        self.compare(failed.replace(loaded("linux_arm7", "p/b.so"), ""), False, outcome="failed")
+
+    def test_every_difference_is_noticed(self):
+        for change in (
+            {"path": "other.pkg"},
+            {"savedAs": "other.pkg"},
+            {"removed": []},
+            {"added": [self.file]},
+            {"added": [self.file | {"path": "p/b.so"}, self.file]},
+            {"skipped": []},
+            {
+                "skipped": self.archive["skipped"]
+                + [{"subject": "p", "reason": "the directory of x is missing"}]
+            },
+            {"outcome": "unchanged", "savedAs": ""},
+            {"outcome": "notReached"},
+            {"outcome": "failed"},
+        ):
+            with self.subTest(change), self.assertRaises(AssertionError):
+                self.compare(self.happened, **change)
+        more = self.happened.replace(saving("C-a.pkg"), loaded("linux_arm7", "p/c.so"))
+        with self.assertRaises(AssertionError):
+            self.compare(more, False, outcome="failed")
 
 
 class Archives(unittest.TestCase):

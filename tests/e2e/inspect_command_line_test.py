@@ -1,5 +1,6 @@
 """TaVekInspect's command line: help, version, mistakes, and how it writes on a terminal."""
 
+import contextlib
 import os
 import subprocess
 import unittest
@@ -74,6 +75,31 @@ class CommandLine(Inspection):
         self.assertEqual({line.count("\t") for line in plain.splitlines()}, {7})
 
     @unittest.skipIf(ON_WINDOWS, "no pseudo terminals there")
+    def test_colour_goes_by_the_stream_it_is_written_to(self):
+        self.write("text.pkg", "no archive")
+        told = "text.pkg: error: neither an archive nor an installation directory: "
+        self.on_terminal("info", "text.pkg", status=1, stderr=self.path("log"))
+        self.assertTrue(self.read("log").decode().startswith(told), self.read("log"))
+        seen = self.on_terminal("info", "text.pkg", status=1, stdout=self.path("log"))
+        self.assertTrue(seen.startswith(told.replace("error", "\x1b[31merror\x1b[0m")), seen)
+
+    @unittest.skipIf(ON_WINDOWS, "no pseudo terminals there")
+    def test_no_colour_for_who_wants_none(self):
+        self.host_archive("sensor.pkg")
+        seen = self.on_terminal("list", "sensor.pkg", NO_COLOR="1")
+        self.assertNotIn("\x1b", seen)
+        self.assertIn("Size", seen)
+        self.assertIn("\x1b", self.on_terminal("list", "sensor.pkg", NO_COLOR=""))
+
+    @unittest.skipIf(ON_WINDOWS, "no full device there")
+    def test_output_that_cannot_be_written_is_trouble(self):
+        self.host_archive("sensor.pkg")
+        for arguments in (["verify", "none.pkg"], ["info", "sensor.pkg"], ["list", "sensor.pkg", "--json"]):
+            with open("/dev/full", "wb") as full:
+                done = subprocess.run([self.inspector, *arguments], cwd=self.root, stdout=full, check=False)
+            self.assertEqual(done.returncode, 2)
+
+    @unittest.skipIf(ON_WINDOWS, "no pseudo terminals there")
     def test_progress_on_a_terminal_only(self):
         self.host_archive("sensor.pkg")
         self.assertIn("sensor.pkg: 33 %", self.on_terminal("verify", "sensor.pkg"))
@@ -85,21 +111,21 @@ class CommandLine(Inspection):
         self.assertEqual(seen.replace("\r", ""), self.inspect("list", "sensor.pkg"))
         self.assertNotIn("%", self.on_terminal("verify", "sensor.pkg", kind="dumb"))
 
-    def on_terminal(self, *arguments, kind="xterm"):
-        """What the program writes when both its streams are a terminal."""
+    def on_terminal(self, *arguments, kind="xterm", status=0, stdout=None, stderr=None, **variables):
+        """What the program writes when its streams are a terminal, but for one that goes into a file."""
         import pty
 
         master, slave = pty.openpty()
-        environment = dict(program.environment(), TERM=kind)
-        done = subprocess.run(
-            program.EMULATOR + [self.inspector, *arguments],
-            cwd=self.root,
-            env=environment,
-            stdin=slave,
-            stdout=slave,
-            stderr=slave,
-            check=False,
-        )
+        with contextlib.ExitStack() as files:
+            done = subprocess.run(
+                program.EMULATOR + [self.inspector, *arguments],
+                cwd=self.root,
+                env=dict(program.environment(), TERM=kind, **variables),
+                stdin=slave,
+                stdout=files.enter_context(open(stdout, "wb")) if stdout else slave,
+                stderr=files.enter_context(open(stderr, "wb")) if stderr else slave,
+                check=False,
+            )
         os.close(slave)
         seen = b""
         try:
@@ -108,5 +134,5 @@ class CommandLine(Inspection):
         except OSError:  # the end, on Linux
             pass
         os.close(master)
-        self.assertEqual(done.returncode, 0)
+        self.assertEqual(done.returncode, status)
         return seen.decode()

@@ -178,6 +178,18 @@ class Report(Inspection):
             stderr = f"TaVekInspect: {name}: that is one of the archives\n"
             self.inspect("report", "old.pkg", "new.pkg", "--html", name, status=2, stderr=stderr)
 
+    def test_a_page_never_takes_the_place_of_what_makes_an_installation(self):
+        self.write("tools/" + EXECUTABLE_PATH, executable((6, 1, 2, 57)))
+        self.host_archive("old.pkg")
+        for name in ("tools/" + EXECUTABLE_PATH, "tools/./vekPackages.xml"):
+            stderr = f"TaVekInspect: {name}: that is one of the archives\n"
+            self.inspect("report", "old.pkg", "tools", "--html", name, status=2, stderr=stderr)
+
+    def test_no_name_turns_the_order_of_the_page_round(self):
+        self.host_archive("old.pkg")
+        self.host_archive("new.pkg", members=[Member("evil\u202egnp.so", b"x")])
+        self.assertIn("evil?gnp.so", self.page("old.pkg", "new.pkg").text)
+
     @unittest.skipIf(ON_WINDOWS, "no pipes among files there")
     def test_a_pipe_for_an_archive_is_not_waited_for(self):
         self.installed()

@@ -17,29 +17,9 @@ from harness.documents import (
     platform,
     unified_manifest,
 )
-from harness.executable import executable
-from harness.inspection import Inspection
+from harness.planning import Planning
 from harness.program import ON_WINDOWS, combined
-from harness.scenario import EXECUTABLE_PATH
 from harness.zip_builder import Member
-
-
-class Planning(Inspection):
-    def plan(self, load=(), stock=("sensor.pkg",), remove=(), prefix="Custom", key="all", status=1):
-        self.write("host/bin/win64/cfg.xml", configuration(prefix, list(stock), list(load), list(remove)))
-        return self.document("plan", "cfg.xml", "--platform", key, status=status)
-
-    def new_package(self, *entries, name="New", be_version="*", key="linux_arm7", directory="pkgs/new"):
-        files = entries or (self.own,)
-        manifest = package_manifest(name, platform(key, *files), be_version=be_version)
-        self.package(directory, manifest, ["a.so"])
-        return directory
-
-    def installation(self):
-        self.write("tools/" + EXECUTABLE_PATH, executable((6, 1, 2, 57)))
-
-    def texts(self, part):
-        return [f"{each['severity']}: {each['text']}" for each in part["findings"]]
 
 
 class Steps(Planning):
@@ -82,13 +62,6 @@ class Steps(Planning):
         self.new_package(entry("VekApp", "a.so", "a.dll"), key="win")
         archive = self.plan(["pkgs/new"], ["tools"], status=0)["archives"][0]
         self.assertEqual((archive["outcome"], archive["added"][0]["destination"]), ("written", "a.dll"))
-
-    def test_a_tar_file_is_unpacked_elsewhere(self):
-        self.host_archive()
-        self.new_package(directory="work")
-        self.tar("pkgs/new.tar", "work")
-        archive = self.plan(["pkgs/new.tar"], status=0)["archives"][0]
-        self.assertEqual(archive["added"][0]["path"], combined("pkgs/new", "a.so"))
 
     @unittest.skipIf(ON_WINDOWS, "no such permissions there")
     def test_the_temporary_directory_goes_whatever_the_tar_file_makes_of_it(self):
@@ -235,6 +208,39 @@ class Failures(Planning):
         archive = self.plan(["pkgs/new"])["archives"][0]
         self.assertRegex(self.texts(archive)[0], "error: package New: b/a.so: .*data/12345-a.so")
 
+    def test_all_that_is_wrong_with_one_archive(self):
+        self.host_archive("14.dat", members=[Member("x", b"x", crc=1), Member("y", b"y", crc=2)])
+        self.write("0-14.dat/x")
+        self.new_package(entry("VekApp", "none.so", "/none"))
+        archive = self.plan(["pkgs/new"], ["14.dat"], prefix="0")["archives"][0]
+        self.assertEqual(
+            self.texts(archive),
+            [
+                f"error: package New: none.so: {combined('pkgs/new', 'none.so')}: No such file or directory",
+                "error: member x: checksum mismatch",
+                "error: member y: checksum mismatch",
+                "error: 0-14.dat: Is a directory",
+                "warning: 0-14.dat has the name of a stock archive: a later run may take it for one",
+            ],
+        )
+        self.assertEqual((archive["outcome"], archive["savedAs"]), ("failed", ""))
+
+    def test_removing_files_without_destination(self):
+        packages = app("Old", entry("VekApp", "a.so", "")), app("Odd", entry("Other", "b.so", ""))
+        self.archive("sensor.pkg", host_script("ombix"), unified_manifest("ombix", *packages))
+        self.installation()
+        self.write("tools/vekPackages.xml", unified_manifest("win", *packages))
+        told = self.plan(stock=["sensor.pkg", "tools"], remove=["Old", "Odd"])
+        for archive, key in zip(told["archives"], ("ombix", "win")):
+            reason = f"no Destination, and {key} has no default, so it cannot be removed"
+            self.assertEqual(
+                self.texts(archive),
+                [
+                    f"error: package Old: a.so: {reason}",
+                    "warning: package Odd: b.so is of type Other and stays",
+                ],
+            )
+
     def test_a_target_that_is_a_directory(self):
         self.host_archive()
         self.write("Custom-sensor.pkg/x")
@@ -244,14 +250,6 @@ class Failures(Planning):
 
 
 class Traps(Planning):
-    def trap(self, expected, *arguments, **options):
-        """The plan, in which some archive has just this warning, and which would succeed."""
-        told = self.plan(*arguments, **options)
-        self.assertTrue(told["succeeds"], told)
-        texts = [text for archive in told["archives"] for text in self.texts(archive)]
-        self.assertEqual(texts, ["warning: " + expected])
-        return told
-
     def test_a_record_that_is_dropped(self):
         self.installed("sensor.pkg")
         self.new_package(entry("VekApp", "b.so", "/b.so"), name="Newer")
@@ -351,6 +349,23 @@ class Traps(Planning):
         self.trap("there is no element BeVersion", remove=["Old"])
         told = self.plan([self.new_package()], remove=["Old"])
         self.assertIn("error: there is no element BeVersion", self.texts(told["archives"][0]))
+
+    def test_a_platform_that_only_begins_like_one(self):
+        self.host_archive()
+        told = self.plan([self.new_package(key="linux_arm7x")])
+        reason = "there is no platform linux_arm7x"
+        path = combined("pkgs/new", "a.so")
+        self.assertEqual(told["archives"][0]["skipped"], [{"subject": path, "reason": reason}])
+        self.assertIn(f"warning: package New: {path} is skipped: {reason}", self.texts(told["archives"][0]))
+
+    def test_a_type_is_that_of_the_file_before(self):
+        untyped = entry("VekApp", "b.so", "/b.so").replace(' type="VekApp"', "")
+        manifest = unified_manifest("linux_arm7", app("Old", entry("Other", "a.so", "/a.so"), untyped))
+        self.archive("sensor.pkg", host_script("linux_arm7"), manifest)
+        self.assertEqual(
+            self.texts(self.plan(remove=["Old"])["archives"][0]),
+            [f"warning: package Old: {name} is of type Other and stays" for name in ("a.so", "b.so")],
+        )
 
     def test_a_removal_that_misses_its_file(self):
         manifest = unified_manifest("linux_arm7", app("New", entry("VekApp", "a.so", "")))

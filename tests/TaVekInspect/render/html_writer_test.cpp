@@ -12,8 +12,8 @@ TEST(HtmlWriter, nestsElements) {
 
 TEST(HtmlWriter, escapesMarkupAndReplacesWhatAPageMustNotHold) {
     HtmlWriter html;
-    html.text("<a href=\"x\">'&\x1B\xFF");
-    EXPECT_EQ(html.html(), "&lt;a href=&quot;x&quot;&gt;&#39;&amp;?\xEF\xBF\xBD");
+    html.text("<a href=\"x\">'&\x1B\xFF\xC2\x9B\xE2\x80\xAE\t\n");
+    EXPECT_EQ(html.html(), "&lt;a href=&quot;x&quot;&gt;&#39;&amp;?\xEF\xBF\xBD??\t\n");
 }
 
 }  // namespace

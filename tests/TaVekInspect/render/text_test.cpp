@@ -37,6 +37,13 @@ TEST(Text, oneLineAndWidth) {
     EXPECT_EQ(printable("a\n\x1B\x7F é"), "a??? é");
     EXPECT_EQ(printable("\xC2\x80-\xC2\x9B-\xC2\x9F\xC2\xA0\xC3\x9B\xC2"), "?-?-?\xC2\xA0\xC3\x9B\xC2");
     EXPECT_EQ(printable("a\tb\x1B", "\t"), "a\tb?");
+    for (const char* turning : {"\xE2\x80\xAA", "\xE2\x80\xAE", "\xE2\x81\xA6", "\xE2\x81\xA9"}) {
+        EXPECT_EQ(printable(std::string("a") + turning + "b"), "a?b");
+    }
+    for (const char* other :
+         {"\xE2\x80\xA9", "\xE2\x80\xAF", "\xE2\x81\xA5", "\xE2\x81\xAA", "\xE2\x82\xAC"}) {
+        EXPECT_EQ(printable(other), other);
+    }
     EXPECT_EQ(widthOf("aé€😀"), 4u);
     EXPECT_EQ(joined({"a", "b"}), "a, b");
     EXPECT_EQ(joined({}), "");
