@@ -336,7 +336,10 @@ void ArchivePlanner::save(Work& work) {
     const std::string output =
         TaVekUtil_OutputPath(TaVekUtil_SplitPath(result.path.c_str()), config_).c_str();
     checkMembers(work);
-    attempt(result.findings, "", [&] { Ta::Check(checkTarget(output), operation); });
+    attempt(result.findings, "", [&] {
+        Ta::Check(work.archive.CheckOutput(output.c_str()), operation);
+        Ta::Check(checkTarget(output), operation);
+    });
     checkOutput(work, output);
     // What a failure has left half done tells nothing of the result.
     if (hasErrors(result.findings)) return;

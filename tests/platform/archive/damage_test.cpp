@@ -63,7 +63,7 @@ class Damage : public ZipTest {
         ASSERT_EQ(judge(sound, contents), Outcome::unnoticed);
         int noticed = 0;
         int tried = 0;
-        for (std::size_t at = 0; at < sound.size(); at += oneIn()) {
+        for (std::size_t at = 0; at < sound.size(); at += oneIn) {
             for (int bit = 0; bit < 8; ++bit) {
                 const char byte = static_cast<char>(sound[at] ^ 1 << bit);
                 SCOPED_TRACE("byte " + std::to_string(at) + " made " + std::to_string(byte & 0xFF));

@@ -100,7 +100,7 @@ bool expectAgreement(const std::string& packed, std::size_t piece) {
 
 TEST(InflateBesideZlib, decodesWhatZlibPacked) {
     std::mt19937 random(1);
-    for (int round = 0; round < 150 / static_cast<int>(oneIn()); ++round) {
+    for (int round = 0; round < 150 / static_cast<int>(oneIn); ++round) {
         SCOPED_TRACE(round);
         const std::string content = randomContent(random);
         const std::string packed = deflated(content, random);
@@ -117,7 +117,7 @@ TEST(InflateBesideZlib, agreesOnEveryBeginning) {
     std::mt19937 random(2);
     for (int round = 0; round < 15; ++round) {
         const std::string packed = deflated(randomContent(random).substr(0, 500), random);
-        for (std::size_t size = 0; size < packed.size(); size += oneIn()) {
+        for (std::size_t size = 0; size < packed.size(); size += oneIn) {
             ASSERT_FALSE(expectAgreement(packed.substr(0, size), 1 + random() % 40)) << round << ", " << size;
         }
     }
@@ -128,7 +128,7 @@ TEST(InflateBesideZlib, agreesOnEveryChangedBit) {
     int sound = 0;
     for (int round = 0; round < 6; ++round) {
         const std::string packed = deflated(randomContent(random).substr(0, 300), random);
-        for (std::size_t bit = 0; bit < 8 * packed.size(); bit += oneIn()) {
+        for (std::size_t bit = 0; bit < 8 * packed.size(); bit += oneIn) {
             SCOPED_TRACE(bit);
             std::string changed = packed;
             changed[bit / 8] = static_cast<char>(changed[bit / 8] ^ 1 << bit % 8);
@@ -140,7 +140,7 @@ TEST(InflateBesideZlib, agreesOnEveryChangedBit) {
 
 TEST(InflateBesideZlib, agreesOnBytesChangedAnywhereInLongStreams) {
     std::mt19937 random(4);
-    for (int round = 0; round < 200 / static_cast<int>(oneIn()); ++round) {
+    for (int round = 0; round < 200 / static_cast<int>(oneIn); ++round) {
         SCOPED_TRACE(round);
         std::string packed = deflated(randomContent(random), random);
         for (int change = 1 + static_cast<int>(random() % 3); change > 0; --change) {
@@ -152,7 +152,7 @@ TEST(InflateBesideZlib, agreesOnBytesChangedAnywhereInLongStreams) {
 
 TEST(InflateBesideZlib, agreesOnNoise) {
     std::mt19937 random(5);
-    for (int round = 0; round < 20'000 / static_cast<int>(oneIn()); ++round) {
+    for (int round = 0; round < 20'000 / static_cast<int>(oneIn); ++round) {
         std::string noise(random() % 200, '\0');
         for (char& byte : noise) byte = static_cast<char>(random());
         // Blocks of every type alike: most noise would begin with a stored one that contradicts itself.

@@ -17,7 +17,7 @@ namespace {
 using namespace testing;
 using xml::Encoding;
 
-const std::uint32_t documentCount = isUnderValgrind() ? 30 : 1000;
+const std::uint32_t documentCount = 1000;
 
 constexpr Encoding encodings[] = {Encoding::utf8,           Encoding::utf8,  Encoding::utf16LittleEndian,
                                   Encoding::utf16BigEndian, Encoding::ascii, Encoding::latin1,

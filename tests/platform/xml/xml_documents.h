@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
@@ -11,11 +10,6 @@
 #include "tests/testing/xml_tree.h"
 
 namespace testing {
-
-/// True under valgrind, where everything takes thirty times as long and a fraction must do.
-inline bool isUnderValgrind() {
-    return std::getenv("TAVEK_VALGRIND") != nullptr;
-}
 
 /// `part`, `count` times.
 inline std::string repeated(std::string_view part, std::size_t count) {
