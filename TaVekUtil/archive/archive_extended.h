@@ -20,8 +20,8 @@ class ArchiveExtended {
     /// missing or has more than 127 characters.
     std::string Version() const;
 
-    /// zStatus_BadArgument when `output` is the archive itself, by another name or through a link: writing there
-    /// would change what must stay as it is.
+    /// zStatus_BadArgument when `output` is the archive itself, by another name or through a link: writing
+    /// there would change what must stay as it is.
     zStatus CheckOutput(const char* output) const;
 
     /// True when an installation directory stands in the archive's place.
