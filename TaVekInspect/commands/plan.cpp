@@ -4,15 +4,22 @@
 #include <iostream>
 
 #include "TaVekInspect/commands/command.h"
+#include "TaVekInspect/render/terminal.h"
 
 namespace {
 
+Plan plan(const Request& request) {
+    ProgressLine line(request.operands.front());
+    return makePlan(request.operands.front(), request.platform,
+                    [&line](std::size_t done, std::size_t count) { line.show(done, count); });
+}
+
 int run(const Request& request) {
     try {
-        const Plan plan = makePlan(request.operands.front(), request.platform);
-        request.json ? writePlan(std::cout, plan) : printPlan(std::cout, plan);
-        const bool isSurprising = plan.countOf(Finding::Severity::warning) > 0;
-        return plan.succeeds() && !isSurprising ? exitFine : exitNegative;
+        const Plan planned = plan(request);
+        request.json ? writePlan(std::cout, planned) : printPlan(std::cout, planned);
+        const bool isSurprising = planned.countOf(Finding::Severity::warning) > 0;
+        return planned.succeeds() && !isSurprising ? exitFine : exitNegative;
     } catch (const std::filesystem::filesystem_error& error) {
         std::cerr << "TaVekInspect: no temporary directory: " << error.code().message() << '\n';
         return exitTrouble;

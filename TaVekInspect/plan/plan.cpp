@@ -64,7 +64,7 @@ std::size_t Plan::countOf(Finding::Severity severity) const {
     return count;
 }
 
-Plan makePlan(const std::string& configuration, const std::string& platform) {
+Plan makePlan(const std::string& configuration, const std::string& platform, const Progress& progress) {
     Plan plan;
     plan.configuration = configuration;
     plan.platform = platform;
@@ -73,10 +73,19 @@ Plan makePlan(const std::string& configuration, const std::string& platform) {
     if (!loadConfiguration(configuration, config, plan)) return plan;
 
     const TemporaryDirectory scratch;
+    const std::size_t steps = config.vekPkgsToLoad.size() + config.stockPackages.size();
+    std::size_t done = 0;
     PackagePlanner packages(platform, scratch, plan);
-    for (const std::string& entry : config.vekPkgsToLoad) packages.load(entry);
+    for (const std::string& entry : config.vekPkgsToLoad) {
+        progress(done++, steps);
+        packages.load(entry);
+    }
     ArchivePlanner archives(config, packages, scratch);
-    for (const std::string& path : config.stockPackages) plan.archives.push_back(archives.plan(path));
+    for (const std::string& path : config.stockPackages) {
+        progress(done++, steps);
+        plan.archives.push_back(archives.plan(path));
+    }
+    progress(done, steps);
     for (const AddonPackage& package : packages.packages()) {
         if (!archives.isInstalled(package.name.c_str())) {
             addWarning(plan.findings,

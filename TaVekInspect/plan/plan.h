@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "TaVekInspect/model/finding.h"
+#include "TaVekInspect/model/progress.h"
 
 /// An add-on package that the run would load.
 struct PlannedPackage {
@@ -67,5 +68,6 @@ struct Plan {
 };
 
 /// Goes the road of `TaVekUtil --config CONFIGURATION --platform PLATFORM` in memory, past every failure that
-/// would end it. Tar files are unpacked into a temporary directory; nothing else is written.
-Plan makePlan(const std::string& configuration, const std::string& platform);
+/// would end it. Tar files are unpacked into a temporary directory; nothing else is written. A step of
+/// `progress` is a package entry or an archive.
+Plan makePlan(const std::string& configuration, const std::string& platform, const Progress& progress);

@@ -6,6 +6,7 @@ import subprocess
 import unittest
 
 from harness import program
+from harness.documents import configuration
 from harness.inspection import Inspection
 from harness.program import ON_WINDOWS
 
@@ -103,6 +104,8 @@ class CommandLine(Inspection):
     def test_progress_on_a_terminal_only(self):
         self.host_archive("sensor.pkg")
         self.assertIn("sensor.pkg: 33 %", self.on_terminal("verify", "sensor.pkg"))
+        self.write("host/bin/win64/cfg.xml", configuration(stock=["sensor.pkg", "sensor.pkg"]))
+        self.assertIn("cfg.xml: 50 %", self.on_terminal("plan", "cfg.xml"))
 
     @unittest.skipIf(ON_WINDOWS, "no pseudo terminals there")
     def test_a_terminal_that_can_do_nothing_is_written_to_as_a_pipe(self):
