@@ -10,8 +10,8 @@
 # not smaller. Inputs that reach something new are kept in build/fuzz/corpus and are where the next run begins;
 # tests/fuzz/corpus holds the seeds, and in folders `found` the fewest inputs that reach all that earlier runs did:
 #
-#   build/fuzz/bin/xml_fuzz -merge=1 -use_counters=0 -max_len=400 tests/fuzz/corpus/xml/found tests/fuzz/corpus/xml \
-#       build/fuzz/corpus/xml
+#   build/fuzz/bin/xml_fuzz -merge=1 -use_counters=0 -max_len=400 "$PWD"/tests/fuzz/corpus/xml/{found,} \
+#       "$PWD"/build/fuzz/corpus/xml
 #
 # What breaks a target goes to build/fuzz/findings, and makes the exit status 1.
 
