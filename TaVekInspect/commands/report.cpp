@@ -16,9 +16,9 @@ namespace {
 
 /// True when `file` is the archive `operand`, or what makes it an installation directory.
 bool isPartOf(const std::string& operand, const std::string& file) {
-    return zFile_IsSame(operand.c_str(), file.c_str()) ||
-           spellingOf(file) == spellingOf(operand + hostExecutable) ||
-           spellingOf(file) == spellingOf(installedManifestPath(operand));
+    const std::string spelling = spellingOf(file);
+    return zFile_IsSame(operand.c_str(), file.c_str()) || spelling == spellingOf(operand + hostExecutable) ||
+           spelling == spellingOf(installedManifestPath(operand));
 }
 
 bool isOperand(const Request& request) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/base/failure.h"
+#include "platform/os/os.h"
 #include "platform/xml/xml.h"
 #include "tests/platform/os/pe_image.h"
 #include "tests/testing/archive_fixture.h"
@@ -136,6 +138,18 @@ TEST(ArchiveExtended, sharesItsContainerAndManifestWithItsCopies) {
                   zStatus_Success);
     }
     EXPECT_THAT(compact(archive.manifest.get()), testing::HasSubstr("<VekApp/>"));
+}
+
+TEST(ArchiveExtendedOutput, isNeverTheArchiveItself) {
+    const ScratchDirectory scratch;
+    const auto archive = load(writeArchive(scratch.path("a.pkg"), {{"script.xml", sensorScript}}));
+    const std::string otherName = scratch.path("Custom-a.pkg");
+    EXPECT_EQ(archive.CheckOutput(otherName.c_str()), zStatus_Success) << "yet to be made";
+    EXPECT_EQ(archive.CheckOutput(scratch.write("b.pkg", "older").c_str()), zStatus_Success);
+
+    ASSERT_FALSE(os::createHardLink(archive.path, otherName));
+    EXPECT_EQ(archive.CheckOutput(otherName.c_str()), zStatus_BadArgument);
+    EXPECT_EQ(failure::detailOf(zStatus_BadArgument), otherName + ": that is the archive itself");
 }
 
 TEST(ArchiveExtendedVersion, isTheBeVersionOfTheManifest) {
